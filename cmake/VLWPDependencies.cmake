@@ -1,0 +1,10 @@
+# Finds the Debian packages the library builds on (installed by scripts/setup-deps).
+find_package(PkgConfig REQUIRED)
+find_package(ICU REQUIRED COMPONENTS uc i18n data)
+find_package(LibXml2 REQUIRED)
+find_package(ZLIB REQUIRED)
+find_package(PNG REQUIRED)
+find_package(JPEG REQUIRED)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
+pkg_check_modules(UUID REQUIRED IMPORTED_TARGET uuid)
