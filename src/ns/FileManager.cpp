@@ -79,6 +79,15 @@ void report(ErrorPtr *error, const Failure &failure, std::u16string_view action,
     *error = makeError(failure, action, writing);
 }
 
+// The path as the system takes it: UTF-8, without trailing slashes, which would make the
+// system follow a final symbolic link that lstat and removal must see as a link.
+std::string systemPath(std::u16string_view path) {
+  std::string out = toUTF8(path);
+  while (out.size() > 1 && out.back() == '/')
+    out.pop_back();
+  return out;
+}
+
 std::string parentOf(std::u16string_view path) {
   std::u16string parent = stringByDeletingLastPathComponent(path);
   return parent.empty() ? std::string(".") : toUTF8(parent);
@@ -100,10 +109,8 @@ std::string siblingName(const std::string &path, std::string_view tag) {
 
 constexpr int SiblingAttempts = 100;
 
-bool listDirectory(const std::string &path, std::vector<std::string> &names, Failure *failure) {
-  DIR *dir = opendir(path.c_str());
-  if (!dir)
-    return fail(failure, errno, path);
+// The names in an open directory, without "." and ".."; answers errno, or 0.
+int readNames(DIR *dir, std::vector<std::string> &names) {
   names.clear();
   errno = 0;
   while (dirent *entry = readdir(dir)) {
@@ -112,7 +119,14 @@ bool listDirectory(const std::string &path, std::vector<std::string> &names, Fai
       names.emplace_back(name);
     errno = 0;
   }
-  int code = errno;
+  return errno;
+}
+
+bool listDirectory(const std::string &path, std::vector<std::string> &names, Failure *failure) {
+  DIR *dir = opendir(path.c_str());
+  if (!dir)
+    return fail(failure, errno, path);
+  int code = readNames(dir, names);
   closedir(dir);
   if (code)
     return fail(failure, code, path);
@@ -129,14 +143,8 @@ bool removeContents(int fd, const std::string &path, Failure *failure) {
   }
   // Names first: removing while reading may make readdir skip entries.
   std::vector<std::string> names;
-  errno = 0;
-  while (dirent *entry = readdir(dir)) {
-    std::string_view name = entry->d_name;
-    if (name != "." && name != "..")
-      names.emplace_back(name);
-    errno = 0;
-  }
-  bool ok = errno == 0 || fail(failure, errno, path);
+  int code = readNames(dir, names);
+  bool ok = code == 0 || fail(failure, code, path);
   for (size_t i = 0; ok && i < names.size(); ++i) {
     const std::string &name = names[i];
     std::string child = path + "/" + name;
@@ -308,7 +316,7 @@ const FileManagerPtr &FileManager::defaultManager() {
 
 bool FileManager::fileExistsAtPath(std::u16string_view path, bool *isDirectory) const {
   struct stat info;
-  if (stat(toUTF8(path).c_str(), &info) != 0)
+  if (stat(systemPath(path).c_str(), &info) != 0)
     return false;
   if (isDirectory)
     *isDirectory = S_ISDIR(info.st_mode);
@@ -317,8 +325,7 @@ bool FileManager::fileExistsAtPath(std::u16string_view path, bool *isDirectory) 
 
 bool FileManager::createDirectoryAtPath(std::u16string_view path, bool withIntermediateDirectories,
                                         ErrorPtr *error) const {
-  std::string target = toUTF8(path);
-  Failure failure;
+  std::string target = systemPath(path);
   struct stat info;
   if (withIntermediateDirectories && stat(target.c_str(), &info) == 0) {
     if (S_ISDIR(info.st_mode))
@@ -345,7 +352,7 @@ std::optional<std::vector<std::u16string>>
 FileManager::contentsOfDirectoryAtPath(std::u16string_view path, ErrorPtr *error) const {
   std::vector<std::string> names;
   Failure failure;
-  if (!listDirectory(toUTF8(path), names, &failure)) {
+  if (!listDirectory(systemPath(path), names, &failure)) {
     report(error, failure, u"list the directory", false);
     return std::nullopt;
   }
@@ -361,7 +368,7 @@ std::optional<std::vector<std::u16string>>
 FileManager::subpathsOfDirectoryAtPath(std::u16string_view path, ErrorPtr *error) const {
   std::vector<std::u16string> out;
   Failure failure;
-  if (!walk(toUTF8(path), u"", out, &failure)) {
+  if (!walk(systemPath(path), u"", out, &failure)) {
     report(error, failure, u"list the directory", false);
     return std::nullopt;
   }
@@ -370,16 +377,20 @@ FileManager::subpathsOfDirectoryAtPath(std::u16string_view path, ErrorPtr *error
 
 bool FileManager::copyItemAtPath(std::u16string_view path, std::u16string_view toPath,
                                  ErrorPtr *error) const {
-  std::string from = toUTF8(path), to = toUTF8(toPath);
+  std::string from = systemPath(path), to = systemPath(toPath);
   struct stat info;
   if (lstat(to.c_str(), &info) == 0) {
     report(error, {EEXIST, to}, u"copy to", true);
     return false;
   }
+  if (to.starts_with(from + "/")) {
+    report(error, {EINVAL, to}, u"copy into itself", true);
+    return false;
+  }
   Failure failure;
   if (copyTree(from, to, &failure))
     return true;
-  report(error, failure, u"copy", failure.path != from);
+  report(error, failure, u"copy", failure.path.starts_with(to));
   if (lstat(to.c_str(), &info) == 0)
     removeTree(to, nullptr);
   return false;
@@ -387,7 +398,7 @@ bool FileManager::copyItemAtPath(std::u16string_view path, std::u16string_view t
 
 bool FileManager::moveItemAtPath(std::u16string_view path, std::u16string_view toPath,
                                  ErrorPtr *error) const {
-  std::string from = toUTF8(path), to = toUTF8(toPath);
+  std::string from = systemPath(path), to = systemPath(toPath);
   struct stat info;
   if (lstat(from.c_str(), &info) != 0) {
     report(error, {errno, from}, u"move", true);
@@ -418,14 +429,14 @@ bool FileManager::moveItemAtPath(std::u16string_view path, std::u16string_view t
 
 bool FileManager::removeItemAtPath(std::u16string_view path, ErrorPtr *error) const {
   Failure failure;
-  if (removeTree(toUTF8(path), &failure))
+  if (removeTree(systemPath(path), &failure))
     return true;
   report(error, failure, u"remove", true);
   return false;
 }
 
 std::optional<Data> FileManager::contentsAtPath(std::u16string_view path, ErrorPtr *error) const {
-  std::string file = toUTF8(path);
+  std::string file = systemPath(path);
   int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
     report(error, {errno, file}, u"read", false);
@@ -455,7 +466,7 @@ std::optional<Data> FileManager::contentsAtPath(std::u16string_view path, ErrorP
 
 bool FileManager::writeData(const Data &data, std::u16string_view path, uint32_t options,
                             ErrorPtr *error) const {
-  std::string file = toUTF8(path);
+  std::string file = systemPath(path);
   struct stat info;
   if ((options & DataWritingWithoutOverwriting) && lstat(file.c_str(), &info) == 0) {
     report(error, {EEXIST, file}, u"write", true);
@@ -528,7 +539,7 @@ bool FileManager::atomicWrite(const Data &data, const std::string &file, uint32_
 }
 
 DictionaryPtr FileManager::attributesOfItemAtPath(std::u16string_view path, ErrorPtr *error) const {
-  std::string file = toUTF8(path);
+  std::string file = systemPath(path);
   struct stat info;
   if (lstat(file.c_str(), &info) != 0) {
     report(error, {errno, file}, u"read the attributes of", false);
@@ -613,7 +624,7 @@ FileManager::uniqueFileNameForFilename(std::u16string_view filename,
 
 bool FileManager::replaceItemAtPath(std::u16string_view originalPath,
                                     std::u16string_view newItemPath, ErrorPtr *error) const {
-  std::string original = toUTF8(originalPath), item = toUTF8(newItemPath);
+  std::string original = systemPath(originalPath), item = systemPath(newItemPath);
   std::string parent = parentOf(originalPath);
   struct stat info;
   if (lstat(item.c_str(), &info) != 0) {
@@ -656,14 +667,14 @@ bool FileManager::replaceItemAtPath(std::u16string_view originalPath,
   // The new item is in place; an old copy left behind is only clutter.
   Failure failure;
   if ((code = injected("removeAside")) || !removeTree(aside, &failure))
-    log(LogLevel::Warning, "could not remove the replaced item " + aside);
+    ns::log(LogLevel::Warning, "could not remove the replaced item " + aside);
   syncDirectory(parent);
   return true;
 }
 
 bool FileManager::writeDirectoryAtomically(std::u16string_view path, const DirectoryWriter &write,
                                            ErrorPtr *error) const {
-  std::string target = toUTF8(path);
+  std::string target = systemPath(path);
   std::string temporary;
   int code = 0;
   for (int attempt = 0; attempt < SiblingAttempts; ++attempt) {

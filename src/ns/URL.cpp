@@ -41,7 +41,7 @@ bool isPathCharacter(char c) {
 }
 
 // True when every character of `text` satisfies `allowed`, or is a "%XX" escape.
-bool allValid(std::string_view text, const std::function<bool(char)> &allowed) {
+template <class Allowed> bool allValid(std::string_view text, Allowed allowed) {
   for (size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '%') {
       if (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2]))
@@ -278,9 +278,7 @@ std::string escapePath(std::u16string_view path) {
 // Percent escaping.
 
 PercentEncodingSet::PercentEncodingSet(std::string_view characters) {
-  for (char c : characters)
-    if (static_cast<unsigned char>(c) < 128)
-      bits_.set(static_cast<size_t>(c));
+  *this = adding(characters);
 }
 
 PercentEncodingSet PercentEncodingSet::adding(std::string_view characters) const {

@@ -60,6 +60,7 @@ TEST_F(FileManagerTest, CreatesDirectoriesWithOrWithoutIntermediates) {
   EXPECT_EQ(error->domain(), CocoaErrorDomain);
   EXPECT_EQ(error->code(), FileNoSuchFileError);
   EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(), at(u"a/b/c"));
+  EXPECT_NE(error->localizedDescription().find(at(u"a/b/c")), std::u16string::npos);
   auto underlying = error->userInfo()->objectForKey(UnderlyingErrorKey).as<Error>();
   ASSERT_NE(underlying, nullptr);
   EXPECT_EQ(underlying->domain(), POSIXErrorDomain);
@@ -170,8 +171,10 @@ TEST_F(FileManagerTest, RemovalTakesTheTreeButNotWhatLinksPointTo) {
   EXPECT_FALSE(fm->fileExistsAtPath(at(u"tree")));
   EXPECT_EQ(get(u"outside/keep"), "kept");
 
+  // A trailing slash does not make removal follow the link.
   ASSERT_EQ(symlink(toUTF8(at(u"outside")).c_str(), toUTF8(at(u"link")).c_str()), 0);
-  EXPECT_TRUE(fm->removeItemAtPath(at(u"link")));
+  EXPECT_TRUE(fm->removeItemAtPath(at(u"link/")));
+  EXPECT_FALSE(fm->fileExistsAtPath(at(u"link")));
   EXPECT_EQ(get(u"outside/keep"), "kept");
 
   EXPECT_FALSE(fm->removeItemAtPath(at(u"missing"), &error));
@@ -198,6 +201,8 @@ TEST_F(FileManagerTest, CopiesTreesWithLinksAndPermissions) {
   ErrorPtr error;
   EXPECT_FALSE(fm->copyItemAtPath(at(u"src/sub/f"), at(u"dst/sub/f"), &error));
   EXPECT_EQ(codeOf(error), FileWriteFileExistsError);
+  EXPECT_FALSE(fm->copyItemAtPath(at(u"src"), at(u"src/sub/copy"), &error));
+  EXPECT_FALSE(fm->fileExistsAtPath(at(u"src/sub/copy")));
   EXPECT_FALSE(fm->copyItemAtPath(at(u"missing"), at(u"copy"), &error));
   EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
   EXPECT_FALSE(fm->fileExistsAtPath(at(u"copy")));
