@@ -7,6 +7,7 @@
 #include <unicode/uregex.h>
 #include <unicode/utext.h>
 
+#include <array>
 #include <charconv>
 #include <mutex>
 #include <unordered_map>
@@ -297,13 +298,20 @@ PatternCache &patternCache() {
 
 RegularExpressionPtr RegularExpression::cached(std::u16string_view pattern,
                                                RegularExpressionOptions options, ErrorPtr *error) {
-  PatternCache &cache = patternCache();
+  // Each thread first looks among the patterns it used last: a hit costs a hash and a
+  // compare, and takes no lock.
+  thread_local std::array<RegularExpressionPtr, 64> recent;
   CacheKey key{pattern, options};
+  RegularExpressionPtr &slot = recent[CacheKeyHash{}(key) % recent.size()];
+  if (slot && slot->options_ == options && slot->pattern_ == pattern)
+    return slot;
+
+  PatternCache &cache = patternCache();
   {
     std::lock_guard lock(cache.mutex);
     auto found = cache.entries.find(key);
     if (found != cache.entries.end())
-      return found->second;
+      return slot = found->second;
   }
   // Compiled outside the lock; two threads missing at once both compile and one result wins.
   RegularExpressionPtr compiled = regularExpressionWithPattern(pattern, options, error);
@@ -314,7 +322,7 @@ RegularExpressionPtr RegularExpression::cached(std::u16string_view pattern,
     cache.entries.erase(cache.entries.begin());
   auto [it, inserted] =
       cache.entries.emplace(CacheKey{compiled->pattern(), options}, std::move(compiled));
-  return it->second;
+  return slot = it->second;
 }
 
 std::u16string RegularExpression::escapedPatternForString(std::u16string_view string) {
