@@ -138,8 +138,9 @@ public:
 
   /// The process-wide shared compiled form of (pattern, options): the same object for the same
   /// key while it stays in the cache. Compiles on a miss; a bad pattern answers null and the
-  /// error, and is not cached. A lookup hashes the pattern under one mutex (the cache holds at
-  /// most a few hundred patterns and forgets some when it is full).
+  /// error, and is not cached. A pattern the thread used lately costs a hash and a compare;
+  /// others take the one mutex of the shared cache, which holds a few hundred patterns and
+  /// forgets some when it is full.
   static RegularExpressionPtr cached(std::u16string_view pattern,
                                      RegularExpressionOptions options = RegularExpressionNoOptions,
                                      ErrorPtr *error = nullptr);

@@ -425,6 +425,15 @@ bool decodeUTF16(std::string_view bytes, bool bigEndian, std::u16string &out) {
   return true;
 }
 
+void appendCodePoint(std::u16string &out, uint32_t c) {
+  if (c <= 0xFFFF) {
+    out += static_cast<char16_t>(c);
+  } else {
+    out += static_cast<char16_t>(U16_LEAD(c));
+    out += static_cast<char16_t>(U16_TRAIL(c));
+  }
+}
+
 bool decodeUTF32(std::string_view bytes, bool bigEndian, std::u16string &out) {
   if (bytes.size() % 4)
     return false;
@@ -438,12 +447,7 @@ bool decodeUTF32(std::string_view bytes, bool bigEndian, std::u16string &out) {
                b[i]);
     if (c > 0x10FFFF || U_IS_SURROGATE(c))
       return false;
-    if (c <= 0xFFFF) {
-      out += static_cast<char16_t>(c);
-    } else {
-      out += static_cast<char16_t>(U16_LEAD(c));
-      out += static_cast<char16_t>(U16_TRAIL(c));
-    }
+    appendCodePoint(out, c);
   }
   return true;
 }
@@ -491,16 +495,8 @@ bool encodeUTF8(std::u16string_view text, bool lossy, std::string &out) {
     return false;
   std::u16string repaired;
   repaired.reserve(text.size());
-  forEachCodePoint(text, [&](int32_t c) {
-    if (c < 0) {
-      repaired += u'?';
-    } else if (c <= 0xFFFF) {
-      repaired += static_cast<char16_t>(c);
-    } else {
-      repaired += static_cast<char16_t>(U16_LEAD(c));
-      repaired += static_cast<char16_t>(U16_TRAIL(c));
-    }
-  });
+  forEachCodePoint(
+      text, [&](int32_t c) { appendCodePoint(repaired, static_cast<uint32_t>(c < 0 ? '?' : c)); });
   out = toUTF8(repaired);
   return true;
 }
