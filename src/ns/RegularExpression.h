@@ -112,7 +112,7 @@ using MatchBlock = std::function<void(const TextCheckingResult &result, bool &st
 
 /// A compiled ICU regular expression (the platform's NSRegularExpression). Immutable once
 /// made and safe to share across threads: each search borrows a matcher of its own (one spare
-/// matcher is kept per pattern, so a single thread allocates nothing after its first search).
+/// matcher is kept per pattern, so a single thread clones no matcher after its first search).
 ///
 /// Searches take an optional range of the string (the whole string when absent); a range that
 /// reaches past the string is clipped to it. Positions are UTF-16 units of the string.
