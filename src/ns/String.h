@@ -8,8 +8,11 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vl::ns {
 
@@ -55,12 +58,14 @@ bool hasSuffix(std::u16string_view text, std::u16string_view suffix);
 std::u16string stringByReplacingOccurrencesOfString(std::u16string_view text,
                                                     std::u16string_view target,
                                                     std::u16string_view replacement);
+/// The pieces between separators; the whole text as one piece when the separator is
+/// empty or absent.
 std::vector<std::u16string> componentsSeparatedByString(std::u16string_view text,
                                                         std::u16string_view separator);
 
 // Character sets, built once per process.
 
-/// A set of Unicode code points.
+/// A set of Unicode code points. A moved-from set is empty and still usable.
 class CharacterSet {
 public:
   CharacterSet();
@@ -82,19 +87,37 @@ public:
   static const CharacterSet &alphanumericCharacterSet();
   /// Unicode decimal digits (Nd).
   static const CharacterSet &decimalDigitCharacterSet();
+  /// Unicode punctuation (P*).
+  static const CharacterSet &punctuationCharacterSet();
+  /// Unicode symbols (S*).
+  static const CharacterSet &symbolCharacterSet();
+  /// Upper and title case letters (Lu, Lt).
+  static const CharacterSet &uppercaseLetterCharacterSet();
+  /// Lower case letters (Ll).
+  static const CharacterSet &lowercaseLetterCharacterSet();
+  /// Control and format characters (Cc, Cf).
+  static const CharacterSet &controlCharacterSet();
   static CharacterSet characterSetWithCharactersInString(std::u16string_view characters);
   static CharacterSet characterSetWithRange(char32_t first, uint32_t length);
 
+  /// One bit test for a code point of the Basic Multilingual Plane (any UTF-16 unit).
   bool characterIsMember(char32_t c) const;
   CharacterSet invertedSet() const;
+  /// Changing a set costs a pass over its ranges; build sets once and keep them.
   CharacterSet &formUnionWithCharacterSet(const CharacterSet &other);
   CharacterSet &addCharactersInString(std::u16string_view characters);
+  CharacterSet &removeCharactersInString(std::u16string_view characters);
 
 private:
+  static CharacterSet fromPattern(std::u16string_view pattern);
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
 
+/// The pieces between characters of the set; each separator makes a cut, so two in a row
+/// give an empty piece.
+std::vector<std::u16string> componentsSeparatedByCharactersInSet(std::u16string_view text,
+                                                                 const CharacterSet &separators);
 std::u16string stringByTrimmingCharactersInSet(std::u16string_view text, const CharacterSet &set);
 /// Trims whitespaceAndNewlineCharacterSet at both ends.
 std::u16string trimmed(std::u16string_view text);
