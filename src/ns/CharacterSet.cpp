@@ -40,7 +40,7 @@ struct CharacterSet::Impl {
   }
 };
 
-CharacterSet CharacterSet::fromPattern(std::u16string_view pattern) {
+CharacterSet CharacterSet::characterSetWithPattern(std::u16string_view pattern) {
   UErrorCode status = U_ZERO_ERROR;
   CharacterSet out;
   out.impl_->set.applyPattern(
@@ -68,57 +68,59 @@ CharacterSet &CharacterSet::operator=(CharacterSet &&other) noexcept {
 }
 
 const CharacterSet &CharacterSet::whitespaceCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Zs}\\u0009]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{Zs}\\u0009]");
   return set;
 }
 
 const CharacterSet &CharacterSet::whitespaceAndNewlineCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Zs}\\u0009-\\u000D\\u0085\\u2028\\u2029]");
+  static const CharacterSet set =
+      characterSetWithPattern(u"[\\p{Zs}\\u0009-\\u000D\\u0085\\u2028\\u2029]");
   return set;
 }
 
 const CharacterSet &CharacterSet::newlineCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\u000A-\\u000D\\u0085\\u2028\\u2029]");
+  static const CharacterSet set =
+      characterSetWithPattern(u"[\\u000A-\\u000D\\u0085\\u2028\\u2029]");
   return set;
 }
 
 const CharacterSet &CharacterSet::letterCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{L}\\p{M}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{L}\\p{M}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::alphanumericCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{L}\\p{M}\\p{N}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{L}\\p{M}\\p{N}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::decimalDigitCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Nd}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{Nd}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::punctuationCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{P}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{P}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::symbolCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{S}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{S}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::uppercaseLetterCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Lu}\\p{Lt}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{Lu}\\p{Lt}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::lowercaseLetterCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Ll}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{Ll}]");
   return set;
 }
 
 const CharacterSet &CharacterSet::controlCharacterSet() {
-  static const CharacterSet set = fromPattern(u"[\\p{Cc}\\p{Cf}]");
+  static const CharacterSet set = characterSetWithPattern(u"[\\p{Cc}\\p{Cf}]");
   return set;
 }
 

@@ -7,6 +7,7 @@
 #include <unicode/locid.h>
 #include <unicode/ubrk.h>
 #include <unicode/utext.h>
+#include <unicode/utf16.h>
 
 #include <array>
 #include <vector>
@@ -75,6 +76,21 @@ private:
 
 bool isWordStatus(int32_t status) {
   return status >= UBRK_WORD_NONE_LIMIT;
+}
+
+// Scripts written without spaces are cut into words by dictionary, over the whole run of
+// such characters, so a boundary inside a run may move when the run changes anywhere.
+bool insideDictionaryRun(std::u16string_view text, uint64_t i) {
+  static const CharacterSet dictionary = CharacterSet::characterSetWithPattern(
+      u"[[:Han:][:Hiragana:][:Katakana:][:Thai:][:Lao:][:Khmer:][:Myanmar:]\\u3005\\u30FC"
+      u"\\uFF70\\uFF9E\\uFF9F]");
+  if (i == 0 || i >= text.size())
+    return false;
+  UChar32 before, after;
+  U16_GET(text.data(), 0, i - 1, text.size(), before);
+  U16_GET(text.data(), 0, i, text.size(), after);
+  return dictionary.characterIsMember(static_cast<char32_t>(before)) &&
+         dictionary.characterIsMember(static_cast<char32_t>(after));
 }
 
 Range clip(std::u16string_view text, Range range) {
@@ -220,12 +236,18 @@ uint64_t nextWordFromIndex(std::u16string_view text, uint64_t index, bool forwar
   index = std::min(index, length);
   BreakLease lease(BreakKind::Word);
   icu::BreakIterator &it = lease.on(text);
+  // Within a dictionary run the answer is the run's edge, so that recounting the words
+  // between two answers gives what a count of the whole text would.
   if (forward) {
     // Past any blanks and punctuation, to the end of the word at or after the index.
     for (int32_t e = it.following(static_cast<int32_t>(index)); e != icu::BreakIterator::DONE;
-         e = it.next())
-      if (isWordStatus(it.getRuleStatus()))
-        return static_cast<uint64_t>(e);
+         e = it.next()) {
+      if (isWordStatus(it.getRuleStatus())) {
+        while (e != icu::BreakIterator::DONE && insideDictionaryRun(text, static_cast<uint64_t>(e)))
+          e = it.next();
+        return e == icu::BreakIterator::DONE ? length : static_cast<uint64_t>(e);
+      }
+    }
     return length;
   }
   // Back over any blanks and punctuation, to the start of the word that holds index - 1 or
@@ -236,8 +258,11 @@ uint64_t nextWordFromIndex(std::u16string_view text, uint64_t index, bool forwar
     int32_t s = it.previous();
     if (s == icu::BreakIterator::DONE)
       return 0;
-    if (isWordStatus(status))
-      return static_cast<uint64_t>(s);
+    if (isWordStatus(status)) {
+      while (s != icu::BreakIterator::DONE && insideDictionaryRun(text, static_cast<uint64_t>(s)))
+        s = it.previous();
+      return s == icu::BreakIterator::DONE ? 0 : static_cast<uint64_t>(s);
+    }
   }
 }
 
