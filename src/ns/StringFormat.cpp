@@ -48,18 +48,23 @@ std::u16string localeNeutral(std::u16string text) {
   if (point && std::strcmp(point, ".") != 0 && *point) {
     std::u16string local = u16(point);
     size_t at = text.find(local);
-    if (at != std::u16string::npos)
-      text.replace(at, local.size(), u".");
+    if (at != std::u16string::npos) {
+      text[at] = u'.';
+      text.erase(at + 1, local.size() - 1);
+    }
   }
   return text;
 }
 
 std::string cSpec(const Spec &spec, const char *length, char conversion) {
-  std::string out = "%" + spec.flags;
+  std::string out(1, '%');
+  out += spec.flags;
   if (spec.width >= 0)
     out += std::to_string(spec.width);
-  if (spec.precision >= 0)
-    out += "." + std::to_string(spec.precision);
+  if (spec.precision >= 0) {
+    out += '.';
+    out += std::to_string(spec.precision);
+  }
   out += length;
   out += conversion;
   return out;
@@ -68,7 +73,10 @@ std::string cSpec(const Spec &spec, const char *length, char conversion) {
 std::u16string pad(std::u16string text, const Spec &spec) {
   if (spec.width > 0 && text.size() < static_cast<size_t>(spec.width)) {
     std::u16string blanks(static_cast<size_t>(spec.width) - text.size(), u' ');
-    text = spec.flags.find('-') != std::string::npos ? text + blanks : blanks + text;
+    if (spec.flags.find('-') != std::string::npos)
+      text += blanks;
+    else
+      text.insert(0, blanks);
   }
   return text;
 }
@@ -122,8 +130,9 @@ std::u16string formatPointer(const Value &value, const Spec &spec) {
   plain.flags.clear();
   plain.width = -1;
   plain.precision = -1;
-  return pad(u"0x" + cFormat(cSpec(plain, "ll", 'x'), static_cast<unsigned long long>(address)),
-             spec);
+  std::u16string text = u"0x";
+  text += cFormat(cSpec(plain, "ll", 'x'), static_cast<unsigned long long>(address));
+  return pad(std::move(text), spec);
 }
 
 // Reads a run of decimal digits at `i`, answering -1 when there is none.
