@@ -57,19 +57,30 @@ uint32_t Scanner::caselessOption() const {
   return caseSensitive_ ? 0u : uint32_t{CaseInsensitiveSearch};
 }
 
-size_t Scanner::afterSkipping() const {
-  size_t i = location_;
-  if (!skipped_)
-    return i;
+size_t Scanner::span(size_t from, const CharacterSet &set, bool members) const {
+  size_t i = from;
   while (i < string_.size()) {
     size_t next = i;
     UChar32 c;
     U16_NEXT(string_.data(), next, string_.size(), c);
-    if (!skipped_->characterIsMember(static_cast<char32_t>(c)))
+    if (set.characterIsMember(static_cast<char32_t>(c)) != members)
       break;
     i = next;
   }
   return i;
+}
+
+size_t Scanner::afterSkipping() const {
+  return skipped_ ? span(location_, *skipped_, true) : location_;
+}
+
+bool Scanner::take(size_t start, size_t end, std::u16string *into) {
+  if (end == start)
+    return false;
+  if (into)
+    *into = string_.substr(start, end - start);
+  location_ = end;
+  return true;
 }
 
 bool Scanner::isAtEnd() const {
@@ -160,17 +171,12 @@ bool Scanner::scanHexLongLong(unsigned long long *result) {
 }
 
 bool Scanner::scanHexInt(unsigned *result) {
-  uint64_t value;
-  bool overflow;
-  size_t start = afterSkipping();
-  size_t end = readHex(start, value, overflow);
-  if (end == start)
+  unsigned long long value;
+  if (!scanHexLongLong(&value))
     return false;
   if (result)
-    *result = overflow || value > std::numeric_limits<unsigned>::max()
-                  ? std::numeric_limits<unsigned>::max()
-                  : static_cast<unsigned>(value);
-  location_ = end;
+    *result = static_cast<unsigned>(
+        std::min<unsigned long long>(value, std::numeric_limits<unsigned>::max()));
   return true;
 }
 
@@ -248,30 +254,12 @@ bool Scanner::scanString(std::u16string_view string, std::u16string *into) {
     return false;
   Range found = rangeOfString(string_, string, AnchoredSearch | caselessOption(),
                               Range{start, string_.size() - start});
-  if (found.location == NotFound)
-    return false;
-  if (into)
-    *into = string_.substr(found.location, found.length);
-  location_ = found.max();
-  return true;
+  return found.location != NotFound && take(start, found.max(), into);
 }
 
 bool Scanner::scanCharactersFromSet(const CharacterSet &set, std::u16string *into) {
-  size_t start = afterSkipping(), i = start;
-  while (i < string_.size()) {
-    size_t next = i;
-    UChar32 c;
-    U16_NEXT(string_.data(), next, string_.size(), c);
-    if (!set.characterIsMember(static_cast<char32_t>(c)))
-      break;
-    i = next;
-  }
-  if (i == start)
-    return false;
-  if (into)
-    *into = string_.substr(start, i - start);
-  location_ = i;
-  return true;
+  size_t start = afterSkipping();
+  return take(start, span(start, set, true), into);
 }
 
 bool Scanner::scanUpToString(std::u16string_view string, std::u16string *into) {
@@ -283,30 +271,12 @@ bool Scanner::scanUpToString(std::u16string_view string, std::u16string *into) {
     if (found.location != NotFound)
       end = found.location;
   }
-  if (end == start)
-    return false;
-  if (into)
-    *into = string_.substr(start, end - start);
-  location_ = end;
-  return true;
+  return take(start, end, into);
 }
 
 bool Scanner::scanUpToCharactersFromSet(const CharacterSet &set, std::u16string *into) {
-  size_t start = afterSkipping(), i = start;
-  while (i < string_.size()) {
-    size_t next = i;
-    UChar32 c;
-    U16_NEXT(string_.data(), next, string_.size(), c);
-    if (set.characterIsMember(static_cast<char32_t>(c)))
-      break;
-    i = next;
-  }
-  if (i == start)
-    return false;
-  if (into)
-    *into = string_.substr(start, i - start);
-  location_ = i;
-  return true;
+  size_t start = afterSkipping();
+  return take(start, span(start, set, false), into);
 }
 
 } // namespace vl::ns

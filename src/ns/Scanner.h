@@ -58,7 +58,11 @@ public:
   bool scanUpToCharactersFromSet(const CharacterSet &set, std::u16string *into);
 
 private:
+  // The end of the run from `from` of code points that are (or are not) in the set.
+  size_t span(size_t from, const CharacterSet &set, bool members) const;
   size_t afterSkipping() const;
+  // Moves to `end` and hands out what lies between, or fails on nothing.
+  bool take(size_t start, size_t end, std::u16string *into);
   uint32_t caselessOption() const;
   // Reads sign and digits at `from` into a magnitude, saturating; answers the end or `from`.
   size_t readDecimal(size_t from, bool &negative, uint64_t &magnitude, bool &overflow) const;
