@@ -63,7 +63,8 @@ CharacterSet &CharacterSet::operator=(const CharacterSet &other) {
 CharacterSet::CharacterSet(CharacterSet &&other) noexcept
     : impl_(std::exchange(other.impl_, nullptr)) {}
 CharacterSet &CharacterSet::operator=(CharacterSet &&other) noexcept {
-  std::swap(impl_, other.impl_);
+  if (this != &other)
+    impl_ = std::exchange(other.impl_, nullptr);
   return *this;
 }
 

@@ -157,6 +157,9 @@ TEST(CharacterSet, BuildsCombinesAndInverts) {
   EXPECT_FALSE(set.characterIsMember(u'9')); // NOLINT: a moved-from set is empty
   set.addCharactersInString(u"z");
   EXPECT_TRUE(set.characterIsMember(u'z'));
+  moved = std::move(set);
+  EXPECT_TRUE(moved.characterIsMember(u'z'));
+  EXPECT_FALSE(set.characterIsMember(u'z')); // NOLINT
   EXPECT_TRUE(copy.characterIsMember(u'-'));
 }
 
