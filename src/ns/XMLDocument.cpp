@@ -1,0 +1,269 @@
+// XMLDocument: safe parsing, the declaration's fields, the DTD and the root element.
+#include "ns/XMLDocument.h"
+
+#include "ns/Assert.h"
+#include "ns/String.h"
+#include "ns/XMLOwner.h"
+#include "ns/XMLTree.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include <climits>
+#include <memory>
+
+namespace vl::ns {
+
+using detail::stringFrom;
+using detail::xmlChars;
+using detail::XMLOwner;
+
+namespace {
+
+/// The first error of a parse: the first fatal one when there is one, else the first error.
+struct ParseErrors {
+  bool seen = false;
+  int level = 0;
+  int code = 0;
+  int line = 0;
+  int column = 0;
+  std::string message;
+};
+
+// The parser reports through a callback without a context of ours; the parse in progress on this
+// thread is the one reporting.
+thread_local ParseErrors *currentParseErrors = nullptr;
+
+void captureParseError(void *, xmlErrorPtr error) {
+  ParseErrors *errors = currentParseErrors;
+  if (!errors || !error || error->level < XML_ERR_ERROR)
+    return;
+  if (errors->seen && (errors->level == XML_ERR_FATAL || error->level != XML_ERR_FATAL))
+    return;
+  errors->seen = true;
+  errors->level = error->level;
+  errors->code = error->code;
+  errors->line = error->line;
+  errors->column = error->int2;
+  errors->message = error->message ? error->message : "";
+  while (!errors->message.empty() &&
+         (errors->message.back() == '\n' || errors->message.back() == ' '))
+    errors->message.pop_back();
+}
+
+ErrorPtr parseError(const ParseErrors &errors) {
+  std::u16string description = u"Line " + u16(std::to_string(errors.line));
+  if (errors.column > 0)
+    description += u", column " + u16(std::to_string(errors.column));
+  description += u": " + fromUTF8(errors.message);
+  return Error::errorWithDescription(XMLParserErrorDomain, errors.code, description);
+}
+
+struct ParserContextDeleter {
+  void operator()(xmlParserCtxtPtr context) const { xmlFreeParserCtxt(context); }
+};
+
+/// Parses with external loading off and libxml2's expansion limits on; null with `error` filled
+/// on failure.
+xmlDocPtr parse(std::string_view bytes, uint64_t options, bool bytesAreUTF8, ErrorPtr *error) {
+  static const bool initialized = (xmlInitParser(), true);
+  (void)initialized;
+  ParseErrors errors;
+  if (bytes.empty() || bytes.size() > static_cast<size_t>(INT_MAX)) {
+    errors.code = bytes.empty() ? XML_ERR_DOCUMENT_EMPTY : XML_ERR_INTERNAL_ERROR;
+    errors.line = 1;
+    errors.message = bytes.empty() ? "Document is empty" : "Document is too large";
+    setError(error, parseError(errors));
+    return nullptr;
+  }
+  std::unique_ptr<xmlParserCtxt, ParserContextDeleter> context(
+      xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
+  if (!context) {
+    errors.code = XML_ERR_NO_MEMORY;
+    errors.message = "Out of memory";
+    setError(error, parseError(errors));
+    return nullptr;
+  }
+  // Never XML_PARSE_NOENT, XML_PARSE_DTDLOAD or XML_PARSE_HUGE: those load external entities or
+  // lift the limits that stop entity bombs.
+  int parseOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+  bool keepBlanks = (options & XMLNodePreserveWhitespace) != 0;
+  if (!keepBlanks)
+    parseOptions |= XML_PARSE_NOBLANKS;
+  if (bytesAreUTF8)
+    parseOptions |= XML_PARSE_IGNORE_ENC;
+  xmlCtxtUseOptions(context.get(), parseOptions);
+  // Process-wide defaults other code may have changed feed these fields; pin them.
+  context->replaceEntities = 0;
+  context->loadsubset = 0;
+  context->validate = 0;
+  if (keepBlanks) {
+    context->keepBlanks = 1;
+    context->sax->ignorableWhitespace = context->sax->characters;
+  }
+  context->sax->serror = captureParseError;
+  if (bytesAreUTF8)
+    xmlSwitchEncoding(context.get(), XML_CHAR_ENCODING_UTF8);
+
+  ParseErrors *outer = currentParseErrors;
+  currentParseErrors = &errors;
+  xmlParseDocument(context.get());
+  currentParseErrors = outer;
+
+  xmlDocPtr doc = context->myDoc;
+  context->myDoc = nullptr;
+  if (doc && context->wellFormed)
+    return doc;
+  xmlFreeDoc(doc);
+  if (!errors.seen) {
+    errors.code = XML_ERR_INTERNAL_ERROR;
+    errors.line = context->input ? context->input->line : 0;
+    errors.message = "The document could not be parsed";
+  }
+  setError(error, parseError(errors));
+  return nullptr;
+}
+
+} // namespace
+
+XMLDocument::XMLDocument(const XMLNode &node)
+    : XMLNode(node.kind() == XMLDocumentKind ? node : XMLNode()) {}
+
+XMLDocument XMLDocument::create() {
+  return adoptXMLDoc(xmlNewDoc(BAD_CAST "1.0"));
+}
+
+XMLDocument XMLDocument::createWithRootElement(const XMLElement &root) {
+  XMLDocument doc = create();
+  doc.setRootElement(root);
+  return doc;
+}
+
+XMLDocument XMLDocument::createWithData(const Data &data, uint64_t options, ErrorPtr *error) {
+  return createWithData(data.view(), options, error);
+}
+
+XMLDocument XMLDocument::createWithData(std::string_view bytes, uint64_t options, ErrorPtr *error) {
+  return adoptXMLDoc(parse(bytes, options, false, error));
+}
+
+XMLDocument XMLDocument::createWithXMLString(std::u16string_view xml, uint64_t options,
+                                             ErrorPtr *error) {
+  std::string bytes = toUTF8(xml);
+  return adoptXMLDoc(parse(bytes, options, true, error));
+}
+
+XMLDocument XMLDocument::adoptXMLDoc(_xmlDoc *doc) {
+  if (!doc)
+    return {};
+  return XMLDocument(XMLOwner::create(doc), reinterpret_cast<xmlNodePtr>(doc));
+}
+
+// The XML declaration.
+
+std::u16string XMLDocument::version() const {
+  if (!node_)
+    return {};
+  const xmlChar *version = xmlDoc()->version;
+  return version ? stringFrom(version) : std::u16string(u"1.0");
+}
+
+void XMLDocument::setVersion(std::u16string_view version) {
+  if (!node_)
+    return;
+  xmlFree(const_cast<xmlChar *>(xmlDoc()->version));
+  xmlDoc()->version = version.empty() ? nullptr : xmlStrdup(xmlChars(toUTF8(version)));
+}
+
+std::u16string XMLDocument::characterEncoding() const {
+  return node_ ? stringFrom(xmlDoc()->encoding) : std::u16string();
+}
+
+void XMLDocument::setCharacterEncoding(std::u16string_view encoding) {
+  if (!node_)
+    return;
+  xmlFree(const_cast<xmlChar *>(xmlDoc()->encoding));
+  xmlDoc()->encoding = encoding.empty() ? nullptr : xmlStrdup(xmlChars(toUTF8(encoding)));
+}
+
+bool XMLDocument::isStandalone() const {
+  return node_ && xmlDoc()->standalone == 1;
+}
+
+void XMLDocument::setStandalone(bool standalone) {
+  if (node_)
+    xmlDoc()->standalone = standalone ? 1 : 0;
+}
+
+// Structure.
+
+XMLDTD XMLDocument::DTD() const {
+  if (!node_ || !xmlDoc()->intSubset)
+    return {};
+  return XMLDTD(owner_, reinterpret_cast<xmlNodePtr>(xmlDoc()->intSubset));
+}
+
+void XMLDocument::setDTD(const XMLDTD &dtd) {
+  if (!node_)
+    return;
+  xmlNodePtr current = reinterpret_cast<xmlNodePtr>(xmlDoc()->intSubset);
+  if (current && current == dtd.node_)
+    return;
+  if (current)
+    unlinkNode(current);
+  if (dtd.empty())
+    return;
+  // In front of the root element, where a parsed document has it.
+  xmlNodePtr before = node_->children;
+  while (before && before->type != XML_ELEMENT_NODE)
+    before = before->next;
+  linkChild(dtd, node_, before);
+}
+
+XMLElement XMLDocument::rootElement() const {
+  if (!node_)
+    return {};
+  return XMLElement(owner_, xmlDocGetRootElement(xmlDoc()));
+}
+
+void XMLDocument::setRootElement(const XMLElement &root) {
+  if (!node_ || root.empty())
+    return;
+  XMLElement old = rootElement();
+  if (old == root)
+    return;
+  if (old.empty()) {
+    linkChild(root, node_, nullptr);
+    return;
+  }
+  // Detach the old root first so that the document never holds two.
+  XMLNode place = old.nextSibling();
+  unlinkNode(old.node_);
+  linkChild(root, node_, place.node_);
+}
+
+void XMLDocument::addChild(const XMLNode &child) {
+  if (node_)
+    linkChild(child, node_, nullptr);
+}
+
+void XMLDocument::insertChild(const XMLNode &child, size_t index) {
+  insertChildAt(child, index);
+}
+
+void XMLDocument::removeChildAtIndex(size_t index) {
+  removeChildAt(index);
+}
+
+XMLNode XMLDocument::nodeForXMLNode(_xmlNode *node) const {
+  if (!node_ || !node)
+    return {};
+  if (node->parent || detail::isDocumentNode(node))
+    return handleOn(node);
+  XMLNode handle = handleOn(node);
+  if (!owner().tracksFreeStanding(node))
+    owner().adoptFreeStanding(node);
+  return handle;
+}
+
+} // namespace vl::ns
