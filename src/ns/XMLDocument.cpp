@@ -6,11 +6,15 @@
 #include "ns/XMLOwner.h"
 #include "ns/XMLTree.h"
 
+#include <libxml/entities.h>
+#include <libxml/hash.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <algorithm>
 #include <climits>
 #include <memory>
+#include <unordered_map>
 
 namespace vl::ns {
 
@@ -57,6 +61,76 @@ ErrorPtr parseError(const ParseErrors &errors) {
     description += u", column " + u16(std::to_string(errors.column));
   description += u": " + fromUTF8(errors.message);
   return Error::errorWithDescription(XMLParserErrorDomain, errors.code, description);
+}
+
+uint64_t weigh(xmlNodePtr root, bool countText, uint64_t limit,
+               std::unordered_map<xmlEntityPtr, uint64_t> &sizes);
+
+/// The bytes of text an internal entity stands for, its own references expanded.
+uint64_t entitySize(xmlEntityPtr entity, uint64_t limit,
+                    std::unordered_map<xmlEntityPtr, uint64_t> &sizes) {
+  auto known = sizes.find(entity);
+  if (known != sizes.end())
+    return known->second;
+  sizes[entity] = limit + 1; // a reference back into itself counts as too much
+  uint64_t size = 0;
+  if (!entity->children)
+    size = entity->length > 0 ? static_cast<uint64_t>(entity->length) : 0;
+  for (xmlNodePtr node = entity->children; node && size <= limit; node = node->next)
+    size += weigh(node, true, limit, sizes);
+  sizes[entity] = size;
+  return size;
+}
+
+/// The bytes entity references in the subtree of `root` (attribute values included) stand for,
+/// plus its text when `countText`; stops once past `limit`.
+uint64_t weigh(xmlNodePtr root, bool countText, uint64_t limit,
+               std::unordered_map<xmlEntityPtr, uint64_t> &sizes) {
+  uint64_t total = 0;
+  auto add = [&](xmlNodePtr node) {
+    if (node->type == XML_ENTITY_REF_NODE) {
+      xmlEntityPtr entity = xmlGetDocEntity(node->doc, node->name);
+      if (entity && entity->etype == XML_INTERNAL_GENERAL_ENTITY)
+        total += entitySize(entity, limit, sizes);
+    } else if (countText && (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)) {
+      total += node->content ? static_cast<uint64_t>(xmlStrlen(node->content)) : 0;
+    }
+  };
+  xmlNodePtr node = root;
+  while (total <= limit) {
+    add(node);
+    if (node->type == XML_ELEMENT_NODE) {
+      for (xmlAttrPtr attr = node->properties; attr; attr = attr->next)
+        for (xmlNodePtr part = attr->children; part; part = part->next)
+          add(part);
+      if (node->children) {
+        node = node->children;
+        continue;
+      }
+    }
+    while (node != root && !node->next)
+      node = node->parent;
+    if (node == root)
+      break;
+    node = node->next;
+  }
+  return total;
+}
+
+/// Entity references stay references in the tree, so a document of a few kilobytes can stand
+/// for gigabytes of text that stringValue would build. Such documents are refused up front, by
+/// libxml2's own rule for substituted entities: at most ten times the input.
+bool entityExpansionWithinLimits(xmlDocPtr doc, size_t inputLength) {
+  if (!doc->intSubset || !doc->intSubset->entities ||
+      xmlHashSize(static_cast<xmlHashTablePtr>(doc->intSubset->entities)) <= 0)
+    return true;
+  const uint64_t limit = std::max<uint64_t>(uint64_t{10} * inputLength, uint64_t{1} << 20);
+  std::unordered_map<xmlEntityPtr, uint64_t> sizes;
+  uint64_t total = 0;
+  for (xmlNodePtr child = doc->children; child && total <= limit; child = child->next)
+    if (child->type == XML_ELEMENT_NODE)
+      total += weigh(child, false, limit, sizes);
+  return total <= limit;
 }
 
 struct ParserContextDeleter {
@@ -112,8 +186,15 @@ xmlDocPtr parse(std::string_view bytes, uint64_t options, bool bytesAreUTF8, Err
 
   xmlDocPtr doc = context->myDoc;
   context->myDoc = nullptr;
-  if (doc && context->wellFormed)
-    return doc;
+  if (doc && context->wellFormed) {
+    if (entityExpansionWithinLimits(doc, bytes.size()))
+      return doc;
+    errors.seen = true;
+    errors.code = XML_ERR_ENTITY_LOOP;
+    errors.line = 1;
+    errors.column = 0;
+    errors.message = "Entity references expand to more than ten times the document";
+  }
   xmlFreeDoc(doc);
   if (!errors.seen) {
     errors.code = XML_ERR_INTERNAL_ERROR;

@@ -441,20 +441,35 @@ void XMLNode::addNextSibling(const XMLNode &node) {
 XMLNode XMLNode::copy() const {
   if (!node_)
     return {};
+  xmlNodePtr copied = nullptr;
   switch (node_->type) {
   case XML_DOCUMENT_NODE:
   case XML_HTML_DOCUMENT_NODE:
     return XMLDocument::adoptXMLDoc(xmlCopyDoc(reinterpret_cast<xmlDocPtr>(node_), 1));
-  case XML_ATTRIBUTE_NODE:
-    return adoptFreeStanding(
-        reinterpret_cast<xmlNodePtr>(xmlCopyProp(nullptr, reinterpret_cast<xmlAttrPtr>(node_))));
-  case XML_DTD_NODE:
-    return adoptFreeStanding(
-        reinterpret_cast<xmlNodePtr>(xmlCopyDtd(reinterpret_cast<xmlDtdPtr>(node_))));
-  default:
-    return isLinkableChild(node_) ? adoptFreeStanding(xmlDocCopyNode(node_, nullptr, 1))
-                                  : XMLNode();
+  case XML_DTD_NODE: {
+    XMLDTD dtd(*this);
+    return XMLDTD::create(dtd.name(), dtd.publicID(), dtd.systemID());
   }
+  case XML_ATTRIBUTE_NODE: {
+    auto *original = reinterpret_cast<xmlAttrPtr>(node_);
+    xmlAttrPtr attr = xmlCopyProp(nullptr, original);
+    // Without an element to declare it on, the copy spells its prefix out.
+    if (attr && original->ns && original->ns->prefix)
+      xmlNodeSetName(reinterpret_cast<xmlNodePtr>(attr), xmlChars(toUTF8(name())));
+    copied = reinterpret_cast<xmlNodePtr>(attr);
+    break;
+  }
+  default:
+    // Copied within the document, so that entity references keep their entities.
+    if (isLinkableChild(node_))
+      copied = xmlDocCopyNode(node_, node_->doc, 1);
+    break;
+  }
+  if (!copied)
+    return {};
+  XMLNode handle = handleOn(copied);
+  owner().adoptFreeStanding(copied);
+  return handle;
 }
 
 void XMLNode::linkChild(const XMLNode &child, _xmlNode *parent, _xmlNode *before) const {

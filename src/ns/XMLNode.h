@@ -169,7 +169,8 @@ public:
   /// was. Only for nodes that have a parent; O(1) where insertChild at an index walks.
   void addPreviousSibling(const XMLNode &node);
   void addNextSibling(const XMLNode &node);
-  /// A deep copy that hangs in no document.
+  /// A deep copy that hangs in no tree (a DTD's copy has no declarations). It shares the
+  /// original's document, which it keeps alive, so entity references keep their entities.
   XMLNode copy() const;
 
   // Path queries.

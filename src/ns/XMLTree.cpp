@@ -3,6 +3,8 @@
 
 #include "ns/String.h"
 
+#include <libxml/parserInternals.h>
+
 #include <cstdio>
 #include <unordered_map>
 #include <vector>
@@ -218,6 +220,18 @@ void moveNode(xmlNodePtr node, xmlDocPtr doc) {
     return;
   xmlDictPtr from = node->doc ? node->doc->dict : nullptr;
   xmlDictPtr to = doc ? doc->dict : nullptr;
+  if (node->type == XML_ENTITY_REF_NODE) {
+    // The entity is declared in the document left behind; the reference becomes its text.
+    xmlChar *text = xmlNodeGetContent(node);
+    if (!from || !xmlDictOwns(from, node->name))
+      xmlFree(const_cast<xmlChar *>(node->name));
+    node->type = XML_TEXT_NODE;
+    node->name = xmlStringText;
+    node->children = node->last = nullptr;
+    node->content = text ? text : xmlStrdup(BAD_CAST "");
+    node->doc = doc;
+    return;
+  }
   node->name = moveString(node->name, from, to);
   switch (node->type) {
   case XML_TEXT_NODE:

@@ -146,6 +146,32 @@ TEST(XMLParse, RefusesAnEntityBomb) {
   EXPECT_EQ(error->code(), XML_ERR_ENTITY_LOOP);
 }
 
+TEST(XMLParse, RefusesEntitiesThatExpandFarBeyondTheDocument) {
+  // Accepted by libxml2 as the references are not replaced, but stringValue would build 20 MB
+  // from 100 kB; the same shape scales to gigabytes.
+  std::string xml = "<!DOCTYPE a [<!ENTITY big \"" + std::string(1000, 'x') + "\">]><a>";
+  for (int i = 0; i < 20000; ++i)
+    xml += "&big;";
+  ErrorPtr error;
+  EXPECT_FALSE(XMLDocument::createWithData(xml + "</a>", 0, &error));
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code(), XML_ERR_ENTITY_LOOP);
+  // Modest use of entities is fine, and their text is read through the references.
+  XMLDocument doc = parse("<!DOCTYPE a [<!ENTITY who \"Ann &amp; Bob\"><!ENTITY line "
+                          "\"&who;, <b>left</b>\">]><a t=\"&who;\">&line; &line;</a>");
+  EXPECT_EQ(doc.rootElement().stringValue(), u"Ann & Bob, left Ann & Bob, left");
+  EXPECT_EQ(doc.rootElement().attribute(u"t"), u"Ann & Bob");
+  EXPECT_EQ(doc.rootElement().firstChild().kind(), XMLTextKind);
+  // A copy keeps its references; a move to another document takes their text along.
+  XMLNode copy = doc.rootElement().copy();
+  XMLDocument other = XMLDocument::createWithRootElement(XMLElement::create(u"b"));
+  other.rootElement().addChild(doc.rootElement().firstChild());
+  other.rootElement().addAttribute(XMLElement(copy).attributeForName(u"t"));
+  EXPECT_EQ(other.XMLUTF8WithOptions(XMLNodeOmitXMLDeclaration),
+            "<b t=\"Ann &amp; Bob\">Ann &amp; Bob, left</b>\n");
+  EXPECT_EQ(copy.XMLString(), u"<a>&line; &line;</a>");
+}
+
 TEST(XMLParse, NeverLoadsExternalEntitiesOrDTDs) {
   std::string path = ::testing::TempDir() + "vlwp_xml_secret.txt";
   std::ofstream(path) << "SECRET";
