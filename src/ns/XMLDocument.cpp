@@ -38,7 +38,7 @@ struct ParseErrors {
 // thread is the one reporting.
 thread_local ParseErrors *currentParseErrors = nullptr;
 
-void captureParseError(void *, xmlErrorPtr error) {
+void captureParseError(void *, xmlErrorPtr error) noexcept {
   ParseErrors *errors = currentParseErrors;
   if (!errors || !error || error->level < XML_ERR_ERROR)
     return;
@@ -49,7 +49,11 @@ void captureParseError(void *, xmlErrorPtr error) {
   errors->code = error->code;
   errors->line = error->line;
   errors->column = error->int2;
-  errors->message = error->message ? error->message : "";
+  try {
+    errors->message = error->message ? error->message : "";
+  } catch (...) {
+    errors->message.clear(); // out of memory: the code and line still tell what happened
+  }
   while (!errors->message.empty() &&
          (errors->message.back() == '\n' || errors->message.back() == ' '))
     errors->message.pop_back();
@@ -339,11 +343,11 @@ void XMLDocument::removeChildAtIndex(size_t index) {
 XMLNode XMLDocument::nodeForXMLNode(_xmlNode *node) const {
   if (!node_ || !node)
     return {};
-  if (node->parent || detail::isDocumentNode(node))
-    return handleOn(node);
   XMLNode handle = handleOn(node);
-  if (!owner().tracksFreeStanding(node))
-    owner().adoptFreeStanding(node);
+  // A subtree libxml2 made apart from the tree becomes the document's to free.
+  xmlNodePtr top = detail::topOf(node);
+  if (!detail::isDocumentNode(top) && !owner().tracksFreeStanding(top))
+    owner().adoptFreeStanding(top);
   return handle;
 }
 

@@ -80,8 +80,8 @@ public:
 
   /// The libxml2 document, or null; see XMLNode::xmlNode.
   _xmlDoc *xmlDoc() const noexcept { return reinterpret_cast<_xmlDoc *>(node_); }
-  /// A handle on a node of this document's tree (or a free-standing node made by libxml2 for it,
-  /// which the document then owns). Empty for null.
+  /// A handle on a node of this document's tree, or of a subtree libxml2 made for it apart from
+  /// the tree, which is then freed like any detached subtree. Empty for null.
   XMLNode nodeForXMLNode(_xmlNode *node) const;
 
 protected:

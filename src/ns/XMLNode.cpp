@@ -51,21 +51,29 @@ struct ErrorCapture {
   std::string message;
 };
 
-void captureXPathError(void *data, xmlErrorPtr error) {
+void captureXPathError(void *data, xmlErrorPtr error) noexcept {
   auto *capture = static_cast<ErrorCapture *>(data);
   if (capture->seen || !error)
     return;
   capture->seen = true;
   capture->code = error->code;
-  capture->message = error->message ? error->message : "";
+  try {
+    capture->message = error->message ? error->message : "";
+  } catch (...) {
+    capture->message.clear();
+  }
   while (!capture->message.empty() &&
          (capture->message.back() == '\n' || capture->message.back() == ' '))
     capture->message.pop_back();
 }
 
-int appendToString(void *context, const char *buffer, int length) {
-  static_cast<std::string *>(context)->append(buffer, static_cast<size_t>(length));
-  return length;
+int appendToString(void *context, const char *buffer, int length) noexcept {
+  try {
+    static_cast<std::string *>(context)->append(buffer, static_cast<size_t>(length));
+    return length;
+  } catch (...) {
+    return -1; // libxml2 stops writing
+  }
 }
 
 /// The XML declaration in front of a printed document. The bytes are always UTF-8, so another
@@ -268,11 +276,9 @@ void XMLNode::setName(std::u16string_view name) {
   case XML_ATTRIBUTE_NODE: {
     // A prefix binds the new name to its namespace; a plain name keeps the namespace there is.
     std::string qualified = detail::xmlNameFrom(name);
-    if (qualified.find(':') == std::string::npos) {
-      xmlNodeSetName(node_, xmlChars(qualified));
-      break;
-    }
     xmlNodeSetName(node_, xmlChars(qualified));
+    if (qualified.find(':') == std::string::npos)
+      break;
     if (node_->type == XML_ELEMENT_NODE)
       node_->ns = nullptr;
     else
@@ -482,8 +488,12 @@ void XMLNode::linkChild(const XMLNode &child, _xmlNode *parent, _xmlNode *before
   for (xmlNodePtr ancestor = parent; ancestor; ancestor = ancestor->parent)
     VL_ASSERT(ancestor != node, "A node cannot be added below itself");
   xmlDocPtr doc = detail::documentOf(parent);
-  VL_ASSERT(node->type != XML_DTD_NODE || !node->children || node->doc == doc,
-            "A DTD with declarations cannot move to another document");
+  if (node->type == XML_DTD_NODE) {
+    VL_ASSERT(!node->children || node->doc == doc,
+              "A DTD with declarations cannot move to another document");
+    VL_ASSERT(!doc->intSubset || reinterpret_cast<xmlNodePtr>(doc->intSubset) == node,
+              "A document holds one DTD");
+  }
   if (detail::isDocumentNode(parent)) {
     VL_ASSERT(node->type != XML_TEXT_NODE && node->type != XML_CDATA_SECTION_NODE &&
                   node->type != XML_ENTITY_REF_NODE,

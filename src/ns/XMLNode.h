@@ -81,7 +81,9 @@ using XMLNamespaceBindings = std::vector<std::pair<std::u16string, std::u16strin
 /// nothing, so chains through absent parts never crash. Changing a tree through the raw libxml2
 /// pointers (xmlNode) is allowed, but freeing nodes that handles still refer to is not.
 ///
-/// Not thread safe: one tree is used from one thread at a time.
+/// Not thread safe: one tree is used from one thread at a time. Printing sets libxml2's
+/// process-wide indentation for its length (see XMLGlobalsGuard), so no other thread may parse
+/// or print XML meanwhile.
 class XMLNode {
 public:
   XMLNode() noexcept = default;
