@@ -19,6 +19,7 @@
 namespace vl::ns {
 
 using detail::stringFrom;
+using detail::walkSubtree;
 using detail::xmlChars;
 using detail::XMLOwner;
 
@@ -100,24 +101,14 @@ uint64_t weigh(xmlNodePtr root, bool countText, uint64_t limit,
       total += node->content ? static_cast<uint64_t>(xmlStrlen(node->content)) : 0;
     }
   };
-  xmlNodePtr node = root;
-  while (total <= limit) {
+  walkSubtree(root, [&](xmlNodePtr node) {
     add(node);
-    if (node->type == XML_ELEMENT_NODE) {
+    if (node->type == XML_ELEMENT_NODE)
       for (xmlAttrPtr attr = node->properties; attr; attr = attr->next)
         for (xmlNodePtr part = attr->children; part; part = part->next)
           add(part);
-      if (node->children) {
-        node = node->children;
-        continue;
-      }
-    }
-    while (node != root && !node->next)
-      node = node->parent;
-    if (node == root)
-      break;
-    node = node->next;
-  }
+    return total <= limit;
+  });
   return total;
 }
 

@@ -2,6 +2,7 @@
 #include "ns/XMLOwner.h"
 
 #include "ns/Assert.h"
+#include "ns/XMLTree.h"
 
 namespace vl::ns::detail {
 
@@ -131,23 +132,15 @@ uint64_t XMLOwner::handlesInTree(xmlNodePtr root) const {
       count += it->second;
     ++visited;
   };
-  xmlNodePtr node = root;
-  while (visited <= budget) {
+  auto visitWithAttributes = [&](xmlNodePtr node) {
     visit(node);
-    if (node->type == XML_ELEMENT_NODE) {
+    if (node->type == XML_ELEMENT_NODE)
       for (xmlAttrPtr attr = node->properties; attr; attr = attr->next)
         visit(reinterpret_cast<xmlNodePtr>(attr));
-      if (node->children) {
-        node = node->children;
-        continue;
-      }
-    }
-    while (node != root && !node->next)
-      node = node->parent;
-    if (node == root)
-      return count;
-    node = node->next;
-  }
+    return visited <= budget;
+  };
+  if (walkSubtree(root, visitWithAttributes))
+    return count;
   count = 0;
   for (auto &[handled, handleCount] : handles_)
     if (topOf(handled) == root)

@@ -257,29 +257,24 @@ void moveNode(xmlNodePtr node, xmlDocPtr doc) {
 } // namespace
 
 void moveToDocument(xmlNodePtr root, xmlDocPtr doc) {
-  if (root->type == XML_DTD_NODE) {
-    moveNode(root, doc);
-    return;
-  }
-  xmlNodePtr node = root;
-  while (true) {
+  auto moveWithAttributes = [doc](xmlNodePtr node) {
     moveNode(node, doc);
-    bool descend = node->type == XML_ELEMENT_NODE || node->type == XML_ATTRIBUTE_NODE;
     if (node->type == XML_ELEMENT_NODE)
       for (xmlAttrPtr attr = node->properties; attr; attr = attr->next) {
         moveNode(reinterpret_cast<xmlNodePtr>(attr), doc);
-        for (xmlNodePtr text = attr->children; text; text = text->next)
-          moveNode(text, doc);
+        for (xmlNodePtr part = attr->children; part; part = part->next)
+          moveNode(part, doc);
       }
-    if (descend && node->children) {
-      node = node->children;
-      continue;
-    }
-    while (node != root && !node->next)
-      node = node->parent;
-    if (node == root)
-      break;
-    node = node->next;
+    return true;
+  };
+  if (root->type == XML_ATTRIBUTE_NODE) {
+    for (xmlNodePtr part = root->children; part; part = part->next)
+      moveNode(part, doc);
+    moveNode(root, doc);
+  } else if (root->type == XML_DTD_NODE) {
+    moveNode(root, doc);
+  } else {
+    walkSubtree(root, moveWithAttributes);
   }
 }
 
@@ -328,30 +323,21 @@ void reconcileNamespaces(xmlNodePtr root, xmlNodePtr context) {
     remap[ns] = target;
     return target;
   };
-  xmlNodePtr node = root;
-  while (true) {
-    if (node->type == XML_ELEMENT_NODE) {
-      if (node->ns)
-        node->ns = repoint(node->ns, node);
+  walkSubtree(root, [&](xmlNodePtr node) {
+    if (node->type != XML_ELEMENT_NODE)
+      return true;
+    if (node->ns)
+      node->ns = repoint(node->ns, node);
+    else
+      bindPrefixedName(node, node);
+    for (xmlAttrPtr attr = node->properties; attr; attr = attr->next) {
+      if (attr->ns)
+        attr->ns = repoint(attr->ns, node);
       else
-        bindPrefixedName(node, node);
-      for (xmlAttrPtr attr = node->properties; attr; attr = attr->next) {
-        if (attr->ns)
-          attr->ns = repoint(attr->ns, node);
-        else
-          bindPrefixedName(reinterpret_cast<xmlNodePtr>(attr), node);
-      }
-      if (node->children) {
-        node = node->children;
-        continue;
-      }
+        bindPrefixedName(reinterpret_cast<xmlNodePtr>(attr), node);
     }
-    while (node != root && !node->next)
-      node = node->parent;
-    if (node == root)
-      break;
-    node = node->next;
-  }
+    return true;
+  });
   for (xmlNsPtr decl : dropped)
     xmlFreeNs(decl);
 }

@@ -36,6 +36,27 @@ inline xmlDocPtr documentOf(xmlNodePtr node) {
   return isDocumentNode(node) ? reinterpret_cast<xmlDocPtr>(node) : node->doc;
 }
 
+/// Calls `visit` on `root` and every node below it in document order, stopping early when it
+/// answers false; answers whether the walk ran to the end. Only element children are walked
+/// into: attributes and the children of entity references are left to the visitor. Iterative,
+/// so deep trees cannot exhaust the stack.
+template <class Visit> bool walkSubtree(xmlNodePtr root, Visit visit) {
+  xmlNodePtr node = root;
+  while (true) {
+    if (!visit(node))
+      return false;
+    if (node->type == XML_ELEMENT_NODE && node->children) {
+      node = node->children;
+      continue;
+    }
+    while (node != root && !node->next)
+      node = node->parent;
+    if (node == root)
+      return true;
+    node = node->next;
+  }
+}
+
 /// The local name of an element or attribute: the name itself when it is bound to a namespace,
 /// else the part after a colon.
 std::string_view localPart(const xmlNode *node);
