@@ -19,8 +19,9 @@ namespace vl::ns {
 ///
 /// Parsing is safe for untrusted input: external entities and DTDs are never loaded (from the
 /// network or from disk), and libxml2's limits on entity expansion and depth stay on, so an
-/// entity bomb is refused at once with an error. Entity references are not replaced in the tree;
-/// stringValue expands the internal ones.
+/// entity bomb is refused at once with an error. Entity references are not replaced in the tree
+/// (stringValue expands the internal ones), and a document whose references would expand to
+/// more than ten times its size is refused too.
 class XMLDocument : public XMLNode {
 public:
   XMLDocument() noexcept = default;

@@ -72,9 +72,11 @@ enum XMLNodeOptions : uint64_t {
 /// Prefix to namespace URI bindings for path queries.
 using XMLNamespaceBindings = std::vector<std::pair<std::u16string, std::u16string>>;
 
-/// A handle on one node of an XML tree. Handles share ownership of the tree: a node keeps its
-/// document alive, and a node that hangs in no document (made on its own, or detached) is freed
-/// when its last handle goes. Copies are cheap and refer to the same node; == compares nodes.
+/// A handle on one node of an XML tree. Handles share ownership: a document is freed when the
+/// last handle on it or on any node it holds goes (a node moved from one document into another
+/// ties the two together), and a subtree that hangs in no document (made on its own, or
+/// detached) is freed as soon as no handle points into it. Copies are cheap and refer to the
+/// same node; == compares nodes.
 ///
 /// The empty handle is valid, and every query on it answers nothing: "" for strings, 0 for
 /// counts, empty handles and vectors, XMLInvalidKind. Changes applied to an empty handle do
@@ -179,7 +181,8 @@ public:
 
   /// The nodes an XPath 1.0 expression selects, with this node as the context node (use a
   /// relative path to search below it). Prefixes in the expression resolve to the namespaces
-  /// declared in scope at the context node (at the root element, for a document), overridden by
+  /// declared in scope at the context node (at the root element for a document, at the parent
+  /// element for an attribute or text), overridden by
   /// `namespaces`. A bad expression, or one that selects no nodes (a number, a string), answers
   /// empty and an error in XMLParserErrorDomain; pass `error` to tell such a failure from a query
   /// that matched nothing. Namespace nodes are left out.
