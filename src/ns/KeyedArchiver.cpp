@@ -76,7 +76,7 @@ std::u16string number(double d) {
 constexpr uintptr_t StackReserve = 256 * 1024;
 
 // The lowest usable address of the calling thread's stack, or 0 when unknown.
-uintptr_t stackLimit() {
+uintptr_t findStackLimit() {
 #if defined(__GLIBC__)
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0)
@@ -91,6 +91,12 @@ uintptr_t stackLimit() {
 #else
   return 0;
 #endif
+}
+
+// Asking glibc reads /proc for the main thread, so each thread asks once.
+uintptr_t stackLimit() {
+  thread_local const uintptr_t limit = findStackLimit();
+  return limit;
 }
 
 bool stackIsLow(uintptr_t limit) {

@@ -120,7 +120,9 @@ public:
 
   /// The root object of `data`, or nil with `error` (CocoaErrorDomain, CoderReadCorruptError)
   /// when the bytes are not an archive, name a class with no registered factory, or fail any
-  /// check above. An archive whose root is nil answers nil with no error.
+  /// check above; or with the error a class gave failWithError. An archive whose root is nil
+  /// answers nil with no error. Costs one parse of the property list and one initWithCoder
+  /// per object.
   static Value unarchiveObjectWithData(const Data &data, ErrorPtr *error = nullptr);
 
   bool containsValueForKey(std::u16string_view key) const;

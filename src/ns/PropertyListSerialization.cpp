@@ -180,6 +180,26 @@ private:
   std::u16string problem_;
 };
 
+// What a reader found wrong first.
+class Reader {
+public:
+  const std::u16string &problem() const { return problem_; }
+
+protected:
+  std::nullopt_t fail(std::u16string_view reason) {
+    if (problem_.empty())
+      problem_ = reason;
+    return std::nullopt;
+  }
+  bool failed(std::u16string_view reason) {
+    fail(reason);
+    return false;
+  }
+
+private:
+  std::u16string problem_;
+};
+
 // Reading binary property lists ("bplist00"). Layout: header, objects, offset table, and a
 // 32-byte trailer giving the offset and reference sizes, the object count, the top object
 // and the table's offset. Every read below is checked against the object area.
@@ -187,7 +207,7 @@ private:
 constexpr size_t TrailerSize = 32;
 constexpr size_t HeaderSize = 8;
 
-class BinaryReader {
+class BinaryReader : public Reader {
 public:
   BinaryReader(const uint8_t *bytes, size_t length)
       : p_(bytes), n_(length), budget_(16 * static_cast<uint64_t>(length) + (16u << 20)) {}
@@ -219,19 +239,7 @@ public:
     return root;
   }
 
-  const std::u16string &problem() const { return problem_; }
-
 private:
-  std::nullopt_t fail(std::u16string_view reason) {
-    if (problem_.empty())
-      problem_ = reason;
-    return std::nullopt;
-  }
-  bool failed(std::u16string_view reason) {
-    fail(reason);
-    return false;
-  }
-
   static uint64_t be(const uint8_t *at, size_t size) {
     uint64_t v = 0;
     for (size_t i = 0; i < size; ++i)
@@ -455,7 +463,6 @@ private:
   uint64_t budget_;
   std::vector<bool> active_;
   std::vector<std::optional<Value>> cache_;
-  std::u16string problem_;
 };
 
 // Reading XML property lists through libxml2.
@@ -628,7 +635,7 @@ std::optional<Data> decodeBase64(std::string_view text) {
   return Data(std::move(out));
 }
 
-class XMLReader {
+class XMLReader : public Reader {
 public:
   std::optional<Value> read(const Data &data) {
     if (data.length() > static_cast<size_t>(INT_MAX))
@@ -663,19 +670,7 @@ public:
     return out;
   }
 
-  const std::u16string &problem() const { return problem_; }
-
 private:
-  std::nullopt_t fail(std::u16string_view reason) {
-    if (problem_.empty())
-      problem_ = reason;
-    return std::nullopt;
-  }
-  bool failed(std::u16string_view reason) {
-    fail(reason);
-    return false;
-  }
-
   static bool skippable(const xmlNode *node) {
     return node->type == XML_COMMENT_NODE || node->type == XML_PI_NODE || isBlankText(node);
   }
@@ -774,8 +769,6 @@ private:
     out = Value(dictionary);
     return true;
   }
-
-  std::u16string problem_;
 };
 
 constexpr std::string_view BinaryMagic = "bplist00";
