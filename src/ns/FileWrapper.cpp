@@ -418,12 +418,14 @@ bool FileWrapper::writeToPath(std::u16string_view path16, bool atomically, Error
     removeTree(temporary);
     return false;
   }
-  // rename() replaces files and links atomically but not a directory that holds anything,
-  // so a directory in the way is moved aside first and removed once the new item is in.
+  // rename() puts a file or link over a file or link atomically, but it does not put
+  // anything over a directory that holds something, nor a directory over a file. Then the
+  // old item is moved aside first and removed once the new one is in.
   struct stat st;
-  bool directoryInTheWay = ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+  bool moveAside =
+      ::lstat(path.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || kind_ == Kind::Directory);
   std::string aside;
-  if (directoryInTheWay) {
+  if (moveAside) {
     aside = siblingName(path, "vlwp-old");
     if (::rename(path.c_str(), aside.c_str()) != 0) {
       int code = errno;
@@ -433,12 +435,12 @@ bool FileWrapper::writeToPath(std::u16string_view path16, bool atomically, Error
   }
   if (::rename(temporary.c_str(), path.c_str()) != 0) {
     int code = errno;
-    if (directoryInTheWay)
+    if (moveAside)
       ::rename(aside.c_str(), path.c_str());
     removeTree(temporary);
     return fail(error, code, path);
   }
-  if (directoryInTheWay)
+  if (moveAside)
     removeTree(aside);
   return true;
 }

@@ -164,10 +164,12 @@ void jpegErrorExit(j_common_ptr cinfo) {
   longjmp(reinterpret_cast<JPEGErrors *>(cinfo->err)->jump, 1);
 }
 
-// Warnings are silent, except a premature end of data: libjpeg would pad the picture with
-// grey, and a few bytes claiming a huge picture would cost its whole buffer.
+// Warnings are silent, except those that say the picture's data ended early: libjpeg would
+// pad the picture with grey, and a few bytes claiming a huge picture would cost its whole
+// buffer and a long decode.
 void jpegMessage(j_common_ptr cinfo, int level) {
-  if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
+  int code = cinfo->err->msg_code;
+  if (level < 0 && (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER))
     longjmp(reinterpret_cast<JPEGErrors *>(cinfo->err)->jump, 1);
 }
 

@@ -146,7 +146,8 @@ public:
   /// Takes every value of `other`.
   void setParagraphStyle(const ParagraphStyle &other);
 
-  /// A new immutable style with the same values.
+  /// A new immutable style with the same values (so copyOf, which keeps the static type,
+  /// must not be used on a mutable style: take immutableCopy()).
   ObjectPtr copy() const override;
 };
 

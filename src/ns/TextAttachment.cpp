@@ -35,7 +35,7 @@ void TextAttachment::setFileWrapper(FileWrapperPtr fileWrapper) {
   }
 }
 
-const TextAttachmentCellPtr &TextAttachment::attachmentCell() const {
+TextAttachmentCellPtr TextAttachment::attachmentCell() const {
   if (!cell_) {
     ImagePtr image;
     if (fileWrapper_ && fileWrapper_->isRegularFile())

@@ -83,7 +83,7 @@ public:
   void setFileWrapper(FileWrapperPtr fileWrapper);
   /// The cell set, or else one made on first use: the image of a wrapper that holds PNG or
   /// JPEG bytes at its size, or an empty cell of size zero. Never null.
-  const TextAttachmentCellPtr &attachmentCell() const;
+  TextAttachmentCellPtr attachmentCell() const;
   void setAttachmentCell(TextAttachmentCellPtr cell);
 
   std::u16string description() const override;
