@@ -171,8 +171,10 @@ std::string siblingName(const std::string &path, const char *purpose) {
   for (;;) {
     std::string candidate = (parent == "/" ? "" : parent) + "/." + base + "." + purpose + "-" +
                             std::to_string(::getpid()) + "-" + std::to_string(counter++);
+    // Any failure to look (the parent missing or unreadable too) ends the search: the write
+    // that follows reports it.
     struct stat st;
-    if (::lstat(candidate.c_str(), &st) != 0 && errno == ENOENT)
+    if (::lstat(candidate.c_str(), &st) != 0)
       return candidate;
   }
 }
@@ -414,9 +416,11 @@ bool FileWrapper::writeToPath(std::u16string_view path16, bool atomically, Error
     return writeNode(*this, path, error);
 
   std::string temporary = siblingName(path, "vlwp-new");
-  if (!writeNode(*this, temporary, error)) {
+  ErrorPtr writeError;
+  if (!writeNode(*this, temporary, &writeError)) {
     removeTree(temporary);
-    return false;
+    // Name the path the caller asked for, not the temporary one.
+    return fail(error, writeError ? static_cast<int>(writeError->code()) : EIO, path);
   }
   // rename() puts a file or link over a file or link atomically, but it does not put
   // anything over a directory that holds something, nor a directory over a file. Then the
@@ -455,15 +459,14 @@ constexpr uint8_t hasDateFlag = 1;
 
 struct Writer {
   std::vector<uint8_t> out;
-  void u8(uint8_t v) { out.push_back(v); }
-  void u32(uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-      out.push_back(static_cast<uint8_t>(v >> (8 * i)));
+  // Integers are little-endian, in their own width.
+  template <class T> void integer(T v) {
+    for (size_t i = 0; i < sizeof(T); ++i)
+      out.push_back(static_cast<uint8_t>(static_cast<uint64_t>(v) >> (8 * i)));
   }
-  void u64(uint64_t v) {
-    for (int i = 0; i < 8; ++i)
-      out.push_back(static_cast<uint8_t>(v >> (8 * i)));
-  }
+  void u8(uint8_t v) { integer(v); }
+  void u32(uint32_t v) { integer(v); }
+  void u64(uint64_t v) { integer(v); }
   void string(std::u16string_view text) {
     std::string utf8 = toUTF8(text);
     u32(static_cast<uint32_t>(utf8.size()));
@@ -511,31 +514,19 @@ struct FileWrapperReader {
     left -= n;
     return true;
   }
-  bool u8(uint8_t &v) {
+  template <class T> bool integer(T &v) {
     const uint8_t *at;
-    if (!take(1, at))
+    if (!take(sizeof(T), at))
       return false;
-    v = *at;
+    uint64_t value = 0;
+    for (size_t i = 0; i < sizeof(T); ++i)
+      value |= uint64_t{at[i]} << (8 * i);
+    v = static_cast<T>(value);
     return true;
   }
-  bool u32(uint32_t &v) {
-    const uint8_t *at;
-    if (!take(4, at))
-      return false;
-    v = 0;
-    for (int i = 0; i < 4; ++i)
-      v |= uint32_t{at[i]} << (8 * i);
-    return true;
-  }
-  bool u64(uint64_t &v) {
-    const uint8_t *at;
-    if (!take(8, at))
-      return false;
-    v = 0;
-    for (int i = 0; i < 8; ++i)
-      v |= uint64_t{at[i]} << (8 * i);
-    return true;
-  }
+  bool u8(uint8_t &v) { return integer(v); }
+  bool u32(uint32_t &v) { return integer(v); }
+  bool u64(uint64_t &v) { return integer(v); }
   bool string(std::u16string &text) {
     uint32_t length;
     const uint8_t *at;

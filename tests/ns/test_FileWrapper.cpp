@@ -189,6 +189,8 @@ TEST(FileWrapper, AtomicWritesReplaceWholeAndLeaveNothingBehind) {
   ASSERT_NE(error, nullptr);
   EXPECT_EQ(error->domain(), POSIXErrorDomain);
   EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(),
+            temp.path16("missing/dir/Pkg"));
 }
 
 TEST(FileWrapper, ReadingAMissingPathFails) {

@@ -3,8 +3,11 @@
 #include "ns/Image.h"
 
 #include <gtest/gtest.h>
+#include <jpeglib.h>
+#include <png.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <random>
 
 using namespace vl::ns;
@@ -32,6 +35,63 @@ ImagePtr sample(uint32_t width = 7, uint32_t height = 5) {
 
 DictionaryPtr properties(std::initializer_list<Dictionary::Entry> entries) {
   return Dictionary::create(entries);
+}
+
+// A JPEG of one colour in a space our encoder does not write (grey or CMYK), 8 x 8 pixels.
+Data jpegOfColour(J_COLOR_SPACE space, std::vector<uint8_t> pixel) {
+  jpeg_compress_struct cinfo;
+  jpeg_error_mgr errors;
+  cinfo.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&cinfo);
+  unsigned char *buffer = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&cinfo, &buffer, &size);
+  cinfo.image_width = cinfo.image_height = 8;
+  cinfo.input_components = static_cast<int>(pixel.size());
+  cinfo.in_color_space = space;
+  jpeg_set_defaults(&cinfo);
+  jpeg_set_quality(&cinfo, 100, TRUE);
+  jpeg_start_compress(&cinfo, TRUE);
+  std::vector<uint8_t> row;
+  for (int x = 0; x < 8; ++x)
+    row.insert(row.end(), pixel.begin(), pixel.end());
+  while (cinfo.next_scanline < 8) {
+    JSAMPROW r = row.data();
+    jpeg_write_scanlines(&cinfo, &r, 1);
+  }
+  jpeg_finish_compress(&cinfo);
+  jpeg_destroy_compress(&cinfo);
+  Data out(buffer, size);
+  std::free(buffer);
+  return out;
+}
+
+// A 2 x 1 PNG of another colour type and depth; `rows` holds its raw bytes.
+Data pngOf(int colorType, int depth, std::vector<uint8_t> rows, bool withTransparency = false) {
+  std::vector<uint8_t> out;
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_set_write_fn(
+      png, &out,
+      [](png_structp p, png_bytep data, png_size_t n) {
+        auto *v = static_cast<std::vector<uint8_t> *>(png_get_io_ptr(p));
+        v->insert(v->end(), data, data + n);
+      },
+      nullptr);
+  png_set_IHDR(png, info, 2, 1, depth, colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+               PNG_FILTER_TYPE_DEFAULT);
+  if (colorType == PNG_COLOR_TYPE_PALETTE) {
+    png_color palette[2] = {{255, 0, 0}, {0, 0, 255}};
+    png_set_PLTE(png, info, palette, 2);
+    png_byte alpha[1] = {0};
+    if (withTransparency)
+      png_set_tRNS(png, info, alpha, 1, nullptr);
+  }
+  png_write_info(png, info);
+  png_write_row(png, rows.data());
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  return Data(std::move(out));
 }
 
 } // namespace
@@ -85,6 +145,32 @@ TEST(Image, JPEGRoundTripIsClose) {
   auto fromProgressive = Image::createWithData(progressive);
   ASSERT_NE(fromProgressive, nullptr);
   EXPECT_EQ(fromProgressive->pixelsWide(), 16u);
+}
+
+TEST(Image, OtherLayoutsBecomeRGBA) {
+  auto grey = Image::createWithData(jpegOfColour(JCS_GRAYSCALE, {100}));
+  ASSERT_NE(grey, nullptr);
+  EXPECT_NEAR(grey->pixels()[0], 100, 2);
+  EXPECT_NEAR(grey->pixels()[2], 100, 2);
+  EXPECT_EQ(grey->pixels()[3], 255);
+
+  // CMYK JPEGs carry the Adobe marker and store ink inverted: 255 is no ink.
+  auto cyan = Image::createWithData(jpegOfColour(JCS_CMYK, {0, 255, 255, 255}));
+  ASSERT_NE(cyan, nullptr);
+  EXPECT_NEAR(cyan->pixels()[0], 0, 3);
+  EXPECT_NEAR(cyan->pixels()[1], 255, 3);
+  EXPECT_NEAR(cyan->pixels()[2], 255, 3);
+
+  auto palette = Image::createWithData(pngOf(PNG_COLOR_TYPE_PALETTE, 8, {0, 1}, true));
+  ASSERT_NE(palette, nullptr);
+  EXPECT_EQ(palette->pixels(), (std::vector<uint8_t>{255, 0, 0, 0, 0, 0, 255, 255}))
+      << "the palette's transparency becomes alpha";
+  auto deep = Image::createWithData(pngOf(PNG_COLOR_TYPE_GRAY, 16, {0x12, 0x34, 0xFF, 0xFF}));
+  ASSERT_NE(deep, nullptr);
+  EXPECT_EQ(deep->pixels(), (std::vector<uint8_t>{0x12, 0x12, 0x12, 255, 255, 255, 255, 255}));
+  auto greyAlpha = Image::createWithData(pngOf(PNG_COLOR_TYPE_GRAY_ALPHA, 8, {10, 20, 30, 40}));
+  ASSERT_NE(greyAlpha, nullptr);
+  EXPECT_EQ(greyAlpha->pixels(), (std::vector<uint8_t>{10, 10, 10, 20, 30, 30, 30, 40}));
 }
 
 TEST(Image, SizeInPointsFollowsTheResolution) {
