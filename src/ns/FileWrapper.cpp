@@ -570,11 +570,13 @@ struct FileWrapperReader {
         return nullptr;
       made = FileWrapper::createDirectory();
       for (uint32_t i = 0; i < count; ++i) {
+        // Keys come in ascending order, as they were written: one flat form a tree.
         std::u16string key;
-        if (!string(key) || sanitizedName(key) != key)
+        if (!string(key) || sanitizedName(key) != key ||
+            (!made->children_.empty() && !(made->children_.back().first < key)))
           return nullptr;
         FileWrapperPtr child = node(depth + 1);
-        if (!child || made->fileWrapperForKey(key))
+        if (!child)
           return nullptr;
         // The key places the child; the names stored inside it stay as they were written.
         std::u16string childName = child->filename();

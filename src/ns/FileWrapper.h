@@ -38,8 +38,9 @@ using FileWrapperPtr = std::shared_ptr<FileWrapper>;
 /// serializedRepresentation is a flat form of our own: "VLFW", a version byte, then the
 /// tree, each node a kind byte, a flags byte, the modification date when flagged, the two
 /// names, and the bytes, the link destination or the counted children; lengths are
-/// little-endian. Reading it back checks every length and answers nil for bytes it did not
-/// write, never crashing and never allocating more than the input holds.
+/// little-endian, children in key order. Reading it back checks every length and answers nil
+/// for bytes it did not write (so what it reads, it writes back byte for byte), never
+/// crashing and never allocating more than the input holds.
 ///
 /// Keyed coding key: "serializedRepresentation" (data).
 class FileWrapper : public Object, public Coding {

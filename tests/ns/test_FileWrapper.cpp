@@ -255,6 +255,18 @@ TEST(FileWrapper, SerializedFormRefusesBadBytes) {
     EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << bad;
   }
 
+  // Keys out of order (or repeated) are refused: one tree has one flat form.
+  dir->addRegularFileWithContents(Data(), u"cd");
+  auto two = dir->serializedRepresentation().toVector();
+  std::string twoText(two.begin(), two.end());
+  for (const char *second : {"aa", "ab"}) {
+    auto patched = two;
+    size_t cd = twoText.find("cd");
+    patched[cd] = static_cast<uint8_t>(second[0]);
+    patched[cd + 1] = static_cast<uint8_t>(second[1]);
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << second;
+  }
+
   // Random and mutated bytes never crash.
   std::mt19937 random(7);
   for (int round = 0; round < 2000; ++round) {
