@@ -15,7 +15,7 @@ VL_REGISTER_CLASS(MutableParagraphStyle);
 namespace {
 
 // The platform's default tab stops: left stops every 28 points, twelve of them.
-std::vector<TextTabPtr> defaultTabStops() {
+const std::vector<TextTabPtr> &defaultTabStops() {
   static const std::vector<TextTabPtr> stops = [] {
     std::vector<TextTabPtr> out;
     for (int i = 1; i <= 12; ++i)

@@ -57,6 +57,9 @@ class TextAttachment : public Object, public Coding {
 public:
   TextAttachment() = default;
   explicit TextAttachment(FileWrapperPtr fileWrapper);
+  // Its cell points back at it, so an attachment is not copied.
+  TextAttachment(const TextAttachment &) = delete;
+  TextAttachment &operator=(const TextAttachment &) = delete;
   ~TextAttachment() override;
   /// initWithFileWrapper:.
   static TextAttachmentPtr create(FileWrapperPtr fileWrapper) {
