@@ -30,7 +30,8 @@ private:
 
 /// Delivers notifications synchronously, in order of registration. A registration may be
 /// removed (or added) during a post: a removed one is not called again, an added one is
-/// called from the next post on.
+/// called from the next post on. Handlers may post in turn. Not thread-safe: use it from the
+/// thread that edits the objects it reports on.
 class NotificationCenter {
 public:
   using Block = std::function<void(const Notification &)>;
@@ -53,7 +54,10 @@ public:
   /// (all when null).
   void removeObserver(const void *observer, std::u16string_view name, const Object *sender);
 
+  /// Calls every matching registration. Costs a scan of the registrations; a post that
+  /// nothing matches allocates nothing.
   void postNotification(const Notification &notification);
+  /// Builds the notification only when some registration matches it.
   void postNotificationName(std::u16string_view name, Object *sender,
                             DictionaryPtr userInfo = nullptr);
 

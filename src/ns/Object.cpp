@@ -26,7 +26,10 @@ size_t Object::hash() const {
 std::u16string Object::description() const {
   char buffer[64];
   std::snprintf(buffer, sizeof buffer, ": %p>", static_cast<const void *>(this));
-  return u"<" + u16(className()) + u16(buffer);
+  std::u16string out = u"<";
+  out += u16(className());
+  out += u16(buffer);
+  return out;
 }
 
 ObjectPtr Object::copy() const {

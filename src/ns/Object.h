@@ -97,15 +97,17 @@ public:
   // Key-value observing.
 
   /// Registers `observer` (not owned) for changes of `keyPath`, a dotted path that may run
-  /// through intermediate objects. `context` tells registrations apart.
+  /// through intermediate objects. `context` tells registrations apart. A null observer or
+  /// an empty path registers nothing. The registration goes with this object when it dies.
   void addObserver(Object *observer, std::u16string_view keyPath, uint32_t options,
                    const void *context);
-  /// Removes the newest matching registration; a null context matches any.
+  /// Removes the newest matching registration; a null context matches any. Removing a
+  /// registration that does not exist does nothing.
   void removeObserver(Object *observer, std::u16string_view keyPath, const void *context = nullptr);
   void willChangeValueForKey(std::u16string_view key);
   void didChangeValueForKey(std::u16string_view key);
   /// Called on the observer for each change; `change` holds the kind and, by the options,
-  /// the old and new values. The default does nothing.
+  /// the old and new values (a nil value is absent). The default does nothing.
   virtual void observeValueForKeyPath(std::u16string_view keyPath, Object *object,
                                       const DictionaryPtr &change, const void *context);
   /// Key paths whose changes also change `key` (dependent keys). Empty by default.

@@ -4,7 +4,11 @@
 namespace vl::ns {
 
 std::u16string StringFromRange(Range range) {
-  std::string s = "{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
+  std::string s = "{";
+  s += std::to_string(range.location);
+  s += ", ";
+  s += std::to_string(range.length);
+  s += '}';
   return std::u16string(s.begin(), s.end());
 }
 

@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr int ExitFailure = 1;
 constexpr int ExitUsage = 2;
 
 void printUsage(FILE *out) {

@@ -1,0 +1,348 @@
+// Key-value observing: delivery, options, nesting, key paths, dependent keys and lifetimes.
+#include "ns/Dictionary.h"
+#include "ns/Object.h"
+#include "ns/Value.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace vl::ns;
+
+namespace {
+
+// A model whose address is a dictionary ("city"). fullName follows firstName and lastName,
+// location follows address.city, partnerAddress follows partner.address.
+class Person : public Object {
+public:
+  std::u16string firstName = u"Ann", lastName = u"Doe";
+  DictionaryPtr address = Dictionary::create({{u"city", u"Oslo"}});
+  std::shared_ptr<Person> partner;
+  bool announceLastName = true;
+
+  std::vector<std::u16string>
+  keyPathsForValuesAffectingValueForKey(std::u16string_view key) const override {
+    if (key == u"fullName")
+      return {u"firstName", u"lastName"};
+    if (key == u"location")
+      return {u"address.city"};
+    if (key == u"partnerAddress")
+      return {u"partner.address"};
+    return {};
+  }
+  bool automaticallyNotifiesObserversForKey(std::u16string_view key) const override {
+    return key != u"lastName" || announceLastName;
+  }
+
+protected:
+  bool kvcValueForKey(std::u16string_view key, Value &value) override {
+    if (key == u"firstName")
+      value = firstName;
+    else if (key == u"lastName")
+      value = lastName;
+    else if (key == u"fullName")
+      value = firstName + u" " + lastName;
+    else if (key == u"address")
+      value = address;
+    else if (key == u"partner")
+      value = partner;
+    else if (key == u"location")
+      value = address ? Value(u"in " + address->objectForKey(u"city").string()) : Value();
+    else if (key == u"partnerAddress")
+      value = partner ? Value(partner->address) : Value();
+    else
+      return false;
+    return true;
+  }
+  bool kvcSetValueForKey(std::u16string_view key, const Value &value) override {
+    if (key == u"firstName")
+      firstName = value.string();
+    else if (key == u"lastName")
+      lastName = value.string();
+    else if (key == u"address")
+      address = value.dictionary();
+    else if (key == u"partner")
+      partner = value.as<Person>();
+    else
+      return false;
+    return true;
+  }
+};
+
+// Two keys that claim to depend on each other.
+class Loop : public Object {
+public:
+  std::vector<std::u16string>
+  keyPathsForValuesAffectingValueForKey(std::u16string_view key) const override {
+    return {key == u"a" ? u"b" : u"a"};
+  }
+};
+
+struct Call {
+  std::u16string keyPath;
+  Object *object;
+  DictionaryPtr change;
+  const void *context;
+
+  bool has(std::u16string_view key) const { return change->containsKey(key); }
+  Value operator[](std::u16string_view key) const { return change->objectForKey(key); }
+};
+
+class Recorder : public Object {
+public:
+  std::vector<Call> calls;
+  std::function<void(const Call &)> onCall;
+
+  void observeValueForKeyPath(std::u16string_view keyPath, Object *object,
+                              const DictionaryPtr &change, const void *context) override {
+    calls.push_back({std::u16string(keyPath), object, change, context});
+    if (onCall)
+      onCall(Call(calls.back()));
+  }
+};
+
+const int kContext = 0, kOtherContext = 0;
+constexpr uint32_t kOldNew = KeyValueObservingOptionOld | KeyValueObservingOptionNew;
+
+DictionaryPtr city(std::u16string name) {
+  return Dictionary::create({{u"city", std::move(name)}});
+}
+
+} // namespace
+
+TEST(KeyValueObserving, ChangeHoldsKindAndTheValuesAskedFor) {
+  auto p = std::make_shared<Person>();
+  Recorder r, plain;
+  p->addObserver(&r, u"firstName", kOldNew, &kContext);
+  p->addObserver(&plain, u"firstName", 0, nullptr);
+  p->setValueForKey(u"Bea", u"firstName");
+  p->setValueForKey(u"Roe", u"lastName");
+  ASSERT_EQ(r.calls.size(), 1u);
+  const Call &c = r.calls[0];
+  EXPECT_EQ(c.keyPath, u"firstName");
+  EXPECT_EQ(c.object, p.get());
+  EXPECT_EQ(c.context, &kContext);
+  EXPECT_EQ(c[KeyValueChangeKindKey], Value(int64_t{KeyValueChangeSetting}));
+  EXPECT_EQ(c[KeyValueChangeOldKey], Value(u"Ann"));
+  EXPECT_EQ(c[KeyValueChangeNewKey], Value(u"Bea"));
+  EXPECT_EQ(plain.calls.at(0).change->count(), 1u);
+
+  auto d = Dictionary::create();
+  d->addObserver(&r, u"k", kOldNew, nullptr);
+  d->setValueForKey(5, u"k");
+  d->setValueForKey(Value(), u"k");
+  EXPECT_FALSE(r.calls.at(1).has(KeyValueChangeOldKey)) << "nil values are absent";
+  EXPECT_EQ(r.calls[1][KeyValueChangeNewKey], Value(5));
+  EXPECT_FALSE(r.calls.at(2).has(KeyValueChangeNewKey));
+}
+
+TEST(KeyValueObserving, NestedAnnouncementsDeliverOnceAtTheOutermostPair) {
+  auto p = std::make_shared<Person>();
+  Recorder r;
+  p->addObserver(&r, u"firstName", kOldNew, nullptr);
+  p->willChangeValueForKey(u"firstName");
+  p->firstName = u"Bea";
+  p->setValueForKey(u"Cid", u"firstName");
+  EXPECT_TRUE(r.calls.empty());
+  p->didChangeValueForKey(u"firstName");
+  ASSERT_EQ(r.calls.size(), 1u);
+  EXPECT_EQ(r.calls[0][KeyValueChangeOldKey], Value(u"Ann"));
+  EXPECT_EQ(r.calls[0][KeyValueChangeNewKey], Value(u"Cid"));
+  p->didChangeValueForKey(u"firstName");
+  EXPECT_EQ(r.calls.size(), 1u) << "a did without its will delivers nothing";
+
+  p->announceLastName = false;
+  p->addObserver(&r, u"lastName", 0, nullptr);
+  p->setValueForKey(u"Roe", u"lastName");
+  EXPECT_EQ(r.calls.size(), 1u) << "automatic announcement turned off for the key";
+}
+
+TEST(KeyValueObserving, InitialAndPriorOptions) {
+  auto p = std::make_shared<Person>();
+  Recorder initial, prior;
+  p->addObserver(&initial, u"firstName", KeyValueObservingOptionInitial | kOldNew, nullptr);
+  ASSERT_EQ(initial.calls.size(), 1u);
+  EXPECT_EQ(initial.calls[0][KeyValueChangeNewKey], Value(u"Ann"));
+  EXPECT_FALSE(initial.calls[0].has(KeyValueChangeOldKey));
+
+  p->addObserver(&prior, u"firstName", KeyValueObservingOptionPrior | kOldNew, nullptr);
+  p->setValueForKey(u"Bea", u"firstName");
+  ASSERT_EQ(prior.calls.size(), 2u);
+  EXPECT_EQ(prior.calls[0][KeyValueChangeNotificationIsPriorKey], Value(true));
+  EXPECT_EQ(prior.calls[0][KeyValueChangeOldKey], Value(u"Ann"));
+  EXPECT_FALSE(prior.calls[0].has(KeyValueChangeNewKey));
+  EXPECT_FALSE(prior.calls[1].has(KeyValueChangeNotificationIsPriorKey));
+  EXPECT_EQ(prior.calls[1][KeyValueChangeNewKey], Value(u"Bea"));
+}
+
+TEST(KeyValueObservingPaths, ChangesAnywhereOnThePathReachTheObserver) {
+  auto p = std::make_shared<Person>();
+  Recorder r;
+  p->addObserver(&r, u"address.city", kOldNew, nullptr);
+  p->setValueForKeyPath(u"Rome", u"address.city");
+  ASSERT_EQ(r.calls.size(), 1u);
+  EXPECT_EQ(r.calls[0].keyPath, u"address.city");
+  EXPECT_EQ(r.calls[0].object, p.get());
+  EXPECT_EQ(r.calls[0][KeyValueChangeOldKey], Value(u"Oslo"));
+  EXPECT_EQ(r.calls[0][KeyValueChangeNewKey], Value(u"Rome"));
+
+  auto old = p->address, fresh = city(u"Kyiv");
+  p->setValueForKey(fresh, u"address");
+  EXPECT_EQ(r.calls.at(1)[KeyValueChangeNewKey], Value(u"Kyiv"));
+  old->setValueForKey(u"Bonn", u"city");
+  EXPECT_EQ(r.calls.size(), 2u) << "the replaced intermediate is no longer watched";
+  EXPECT_FALSE(old->hasObservers());
+  fresh->setValueForKey(u"Lima", u"city");
+  EXPECT_EQ(r.calls.at(2)[KeyValueChangeNewKey], Value(u"Lima"));
+
+  p->setValueForKey(Value(), u"address");
+  EXPECT_FALSE(r.calls.at(3).has(KeyValueChangeNewKey)) << "a broken path reads nil";
+  p->setValueForKey(old, u"address");
+  old->setValueForKey(u"Riga", u"city");
+  EXPECT_EQ(r.calls.size(), 6u) << "a mended path is watched again";
+}
+
+TEST(KeyValueObservingPaths, ThreeLevelsThroughAReplacedMiddle) {
+  auto p = std::make_shared<Person>();
+  auto q = std::make_shared<Person>(), s = std::make_shared<Person>();
+  p->partner = q;
+  Recorder r;
+  p->addObserver(&r, u"partner.address.city", KeyValueObservingOptionNew, nullptr);
+  q->address->setValueForKey(u"Pisa", u"city");
+  q->setValueForKey(city(u"Nice"), u"address");
+  p->setValueForKey(s, u"partner");
+  q->setValueForKey(city(u"Bonn"), u"address");
+  EXPECT_FALSE(q->hasObservers());
+  s->address->setValueForKey(u"Lima", u"city");
+  ASSERT_EQ(r.calls.size(), 4u);
+  EXPECT_EQ(r.calls[3][KeyValueChangeNewKey], Value(u"Lima"));
+
+  p->removeObserver(&r, u"partner.address.city");
+  EXPECT_FALSE(p->hasObservers() || s->hasObservers() || s->address->hasObservers());
+}
+
+TEST(KeyValueObservingDependents, AffectingKeysAndPathsAreDeliveredAsTheDependentKey) {
+  auto p = std::make_shared<Person>();
+  Recorder r, loc;
+  p->addObserver(&r, u"fullName", kOldNew, nullptr);
+  p->setValueForKey(u"Bea", u"firstName");
+  p->setValueForKey(u"Roe", u"lastName");
+  ASSERT_EQ(r.calls.size(), 2u);
+  EXPECT_EQ(r.calls[0].keyPath, u"fullName");
+  EXPECT_EQ(r.calls[0][KeyValueChangeOldKey], Value(u"Ann Doe"));
+  EXPECT_EQ(r.calls[1][KeyValueChangeNewKey], Value(u"Bea Roe"));
+  p->willChangeValueForKey(u"fullName");
+  p->setValueForKey(u"Cid", u"firstName");
+  p->didChangeValueForKey(u"fullName");
+  EXPECT_EQ(r.calls.size(), 3u) << "the key itself delivers, nesting with its dependents";
+
+  p->addObserver(&loc, u"location", KeyValueObservingOptionNew, nullptr);
+  auto old = p->address;
+  p->setValueForKey(city(u"Kyiv"), u"address");
+  old->setValueForKey(u"Bonn", u"city");
+  p->address->setValueForKey(u"Lima", u"city");
+  ASSERT_EQ(loc.calls.size(), 2u);
+  EXPECT_EQ(loc.calls[1][KeyValueChangeNewKey], Value(u"in Lima"));
+}
+
+TEST(KeyValueObservingDependents, ADependentKeyOnThePathMovesTheRestOfThePath) {
+  auto p = std::make_shared<Person>();
+  p->partner = std::make_shared<Person>();
+  Recorder r;
+  p->addObserver(&r, u"partnerAddress.city", 0, nullptr);
+  auto old = p->partner->address, fresh = city(u"Kyiv");
+  p->partner->setValueForKey(fresh, u"address");
+  old->setValueForKey(u"Bonn", u"city");
+  EXPECT_EQ(r.calls.size(), 1u);
+  fresh->setValueForKey(u"Lima", u"city");
+  EXPECT_EQ(r.calls.size(), 2u);
+
+  auto loop = std::make_shared<Loop>();
+  loop->addObserver(&r, u"a", 0, nullptr);
+  loop->willChangeValueForKey(u"b");
+  loop->didChangeValueForKey(u"b");
+  EXPECT_EQ(r.calls.size(), 3u) << "keys depending on each other deliver once";
+}
+
+TEST(KeyValueObservingRemoval, RemovalMatchesTheNewestRegistrationAndStopsDelivery) {
+  auto p = std::make_shared<Person>();
+  Recorder r;
+  p->removeObserver(&r, u"firstName");
+  p->addObserver(&r, u"firstName", 0, &kContext);
+  p->addObserver(&r, u"firstName", 0, &kOtherContext);
+  p->addObserver(&r, u"firstName", 0, &kContext);
+  p->removeObserver(&r, u"firstName", &kOtherContext);
+  p->removeObserver(&r, u"firstName");
+  p->setValueForKey(u"Bea", u"firstName");
+  ASSERT_EQ(r.calls.size(), 1u);
+  EXPECT_EQ(r.calls[0].context, &kContext);
+  p->removeObserver(&r, u"firstName");
+  p->removeObserver(&r, u"firstName");
+  p->setValueForKey(u"Cid", u"firstName");
+  EXPECT_EQ(r.calls.size(), 1u);
+  EXPECT_FALSE(p->hasObservers());
+}
+
+TEST(KeyValueObservingRemoval, ObserversMayRemoveThemselvesAndOthersDuringDelivery) {
+  auto p = std::make_shared<Person>();
+  Recorder first, second, third;
+  first.onCall = [&](const Call &) {
+    p->removeObserver(&first, u"firstName");
+    p->removeObserver(&second, u"firstName");
+    p->addObserver(&third, u"firstName", 0, nullptr);
+  };
+  p->addObserver(&first, u"firstName", 0, nullptr);
+  p->addObserver(&second, u"firstName", 0, nullptr);
+  p->setValueForKey(u"Bea", u"firstName");
+  EXPECT_TRUE(second.calls.empty()) << "removed earlier in the same delivery";
+  EXPECT_TRUE(third.calls.empty()) << "added during the delivery";
+  p->setValueForKey(u"Cid", u"firstName");
+  EXPECT_EQ(first.calls.size(), 1u);
+  EXPECT_EQ(third.calls.size(), 1u);
+
+  p->addObserver(&third, u"address.city", 0, nullptr);
+  third.onCall = [&](const Call &c) {
+    p->removeObserver(&third, c.keyPath);
+    p->removeObserver(&third, u"firstName");
+  };
+  auto old = p->address;
+  p->setValueForKey(city(u"Kyiv"), u"address");
+  EXPECT_FALSE(p->hasObservers() || old->hasObservers());
+}
+
+TEST(KeyValueObservingLifetime, DyingObjectsTakeTheirObservationWithThem) {
+  Recorder r;
+  auto address = city(u"Oslo");
+  {
+    auto p = std::make_shared<Person>();
+    p->address = address;
+    p->addObserver(&r, u"address.city", 0, nullptr);
+    p->addObserver(&r, u"location", 0, nullptr);
+  }
+  EXPECT_FALSE(address->hasObservers()) << "forwarding from a dead object is gone";
+
+  auto p = std::make_shared<Person>();
+  p->addObserver(&r, u"address.city", 0, nullptr);
+  p->address = nullptr; // the intermediate dies unannounced
+  p->setValueForKey(city(u"Rome"), u"address");
+  p->removeObserver(&r, u"address.city");
+  EXPECT_FALSE(p->hasObservers());
+
+  auto cyclic = std::make_shared<Person>();
+  cyclic->partner = cyclic;
+  cyclic->addObserver(&r, u"partner.partner.firstName", 0, nullptr);
+  cyclic->setValueForKey(u"Cid", u"firstName");
+  EXPECT_EQ(r.calls.size(), 2u);
+  cyclic->partner = nullptr; // dies with its registration in place
+
+  Person onStack;
+  onStack.addObserver(&r, u"fullName", 0, nullptr);
+  Person copy(onStack);
+  EXPECT_FALSE(copy.hasObservers());
+  copy.setValueForKey(u"Dan", u"firstName");
+  onStack.setValueForKey(u"Dan", u"firstName");
+  EXPECT_EQ(r.calls.size(), 3u) << "a copy has no observers of its own";
+}
