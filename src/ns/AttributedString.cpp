@@ -17,8 +17,14 @@ bool sameAttributes(const ConstDictionaryPtr &a, const ConstDictionaryPtr &b) {
   return a == b || a->isEqual(*b);
 }
 
+// Built piecewise: GCC 12 warns falsely about overlapping copies in chains of operator+.
 std::string describe(Range range) {
-  return "{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
+  std::string out = "{";
+  out += std::to_string(range.location);
+  out += ", ";
+  out += std::to_string(range.length);
+  out += "}";
+  return out;
 }
 
 // A range from a primitive that does not hold `position` (a faulty subclass) would stall a
@@ -81,9 +87,14 @@ AttributedString::AttributedString(const AttributedString &other) : Object(other
 AttributedString::~AttributedString() = default;
 
 void AttributedString::checkRange(Range range, uint64_t length, const char *operation) {
-  VL_ASSERT(range.location <= length && range.length <= length - range.location,
-            std::string(operation) + ": range " + describe(range) +
-                " out of bounds; string length " + std::to_string(length));
+  if (range.location <= length && range.length <= length - range.location) [[likely]]
+    return;
+  std::string message = operation;
+  message += ": range ";
+  message += describe(range);
+  message += " out of bounds; string length ";
+  message += std::to_string(length);
+  detail::assertionFailed(message, __FILE__, __LINE__);
 }
 
 // Primitives.
@@ -111,8 +122,8 @@ ConstDictionaryPtr AttributedString::attributesAtIndex(uint64_t index,
 
 char16_t AttributedString::characterAtIndex(uint64_t index) const {
   uint64_t n = length();
-  VL_ASSERT(index < n, "characterAtIndex: index " + std::to_string(index) +
-                           " out of bounds; string length " + std::to_string(n));
+  if (index >= n)
+    checkRange(Range{index, 1}, n, "characterAtIndex:");
   if (n == storage_.length())
     return storage_.characterAt(index);
   return string()[index];

@@ -150,12 +150,18 @@ private:
   void moveGap(uint64_t position) const;
   void replaceText(Range range, std::u16string_view text);
   void assignText(std::u16string_view text);
+  /// The first paragraph separator in [from, to), or `to`.
+  uint64_t nextSeparator(uint64_t from, uint64_t to) const;
+  /// The position after the last paragraph separator before `to`, or 0.
+  uint64_t afterPreviousSeparator(uint64_t to) const;
 
   // Runs.
   Position locate(uint64_t index) const;
   size_t blockOf(uint64_t index) const;
   void spliceRuns(uint64_t position, uint64_t removeLength, std::vector<Run> runs);
-  void rebalance(size_t block);
+  /// Splits, joins or drops a block that grew too long, too short or empty; answers whether
+  /// it did, which moves the runs of blocks from `block` on.
+  bool rebalance(size_t block);
   void recomputeStarts(size_t fromBlock);
   void adoptRuns(std::vector<Run> runs);
   void internRuns(std::vector<Run> &runs);
