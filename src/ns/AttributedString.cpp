@@ -17,20 +17,24 @@ bool sameAttributes(const ConstDictionaryPtr &a, const ConstDictionaryPtr &b) {
   return a == b || a->isEqual(*b);
 }
 
-// Built piecewise: GCC 12 warns falsely about overlapping copies in chains of operator+.
-std::string describe(Range range) {
-  std::string out = "{";
-  out += std::to_string(range.location);
-  out += ", ";
-  out += std::to_string(range.length);
-  out += "}";
-  return out;
-}
-
 // A range from a primitive that does not hold `position` (a faulty subclass) would stall a
 // walk; one unit keeps it moving.
 Range progressing(Range range, uint64_t position) {
   return range.contains(position) ? range : Range{position, 1};
+}
+
+// Grows `effective`, which holds `index`, over the neighbouring ranges for which
+// `same(position, &range)` holds, inside `inRange`, and clips it to `inRange`.
+template <class Same>
+Range growRange(uint64_t index, Range effective, Range inRange, const Same &same) {
+  effective = progressing(effective, index);
+  uint64_t start = effective.location, end = effective.max();
+  Range r;
+  while (start > inRange.location && same(start - 1, &r))
+    start = std::min(r.location, start - 1);
+  while (end < inRange.max() && same(end, &r))
+    end = std::max(r.max(), end + 1);
+  return IntersectionRange(Range{start, end - start}, inRange);
 }
 
 // Walks `range` by the ranges `at` answers, forwards or backwards, calling `block` with each
@@ -91,7 +95,7 @@ void AttributedString::checkRange(Range range, uint64_t length, const char *oper
     return;
   std::string message = operation;
   message += ": range ";
-  message += describe(range);
+  message += toUTF8(StringFromRange(range));
   message += " out of bounds; string length ";
   message += std::to_string(length);
   detail::assertionFailed(message, __FILE__, __LINE__);
@@ -158,21 +162,9 @@ ConstDictionaryPtr AttributedString::attributesAtIndex(uint64_t index, Range *lo
     *longestEffectiveRange = Range{n, 0};
     return attributes;
   }
-  effective = progressing(effective, index);
-  uint64_t start = effective.location, end = effective.max();
-  while (start > inRange.location) {
-    Range r;
-    if (!sameAttributes(attributes, attributesAtIndex(start - 1, &r)))
-      break;
-    start = std::min(r.location, start - 1);
-  }
-  while (end < inRange.max()) {
-    Range r;
-    if (!sameAttributes(attributes, attributesAtIndex(end, &r)))
-      break;
-    end = std::max(r.max(), end + 1);
-  }
-  *longestEffectiveRange = IntersectionRange(Range{start, end - start}, inRange);
+  *longestEffectiveRange = growRange(index, effective, inRange, [&](uint64_t i, Range *r) {
+    return sameAttributes(attributes, attributesAtIndex(i, r));
+  });
   return attributes;
 }
 
@@ -193,21 +185,9 @@ Value AttributedString::attribute(std::u16string_view name, uint64_t index,
     *longestEffectiveRange = Range{n, 0};
     return value;
   }
-  effective = progressing(effective, index);
-  uint64_t start = effective.location, end = effective.max();
-  while (start > inRange.location) {
-    Range r;
-    if (!value.isEqual(attribute(name, start - 1, &r)))
-      break;
-    start = std::min(r.location, start - 1);
-  }
-  while (end < inRange.max()) {
-    Range r;
-    if (!value.isEqual(attribute(name, end, &r)))
-      break;
-    end = std::max(r.max(), end + 1);
-  }
-  *longestEffectiveRange = IntersectionRange(Range{start, end - start}, inRange);
+  *longestEffectiveRange = growRange(index, effective, inRange, [&](uint64_t i, Range *r) {
+    return value.isEqual(attributesAtIndex(i, r)->objectForKey(name));
+  });
   return value;
 }
 
