@@ -236,6 +236,8 @@ void TextRuns::replaceText(Range range, std::u16string_view text) {
 }
 
 void TextRuns::copyCharacters(Range range, char16_t *out) const {
+  if (range.length == 0)
+    return;
   uint64_t end = range.max();
   if (range.location < gapStart_) {
     size_t n = std::min<uint64_t>(end, gapStart_) - range.location;
