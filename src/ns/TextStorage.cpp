@@ -10,7 +10,6 @@ namespace vl::ns {
 TextStorage::~TextStorage() = default;
 
 void TextStorage::replaceCharactersInRange(Range range, std::u16string_view string) {
-  // Read the length before the change: `string` may be a view of this text.
   int64_t change = static_cast<int64_t>(string.size()) - static_cast<int64_t>(range.length);
   MutableAttributedString::replaceCharactersInRange(range, string);
   edited(TextStorageEditedCharacters, range, change);

@@ -18,6 +18,8 @@ std::string str(Range r) {
 // Writes down everything a storage reports, in order.
 class Log : public TextStorageDelegate, public LayoutManager {
 public:
+  using TextStorageDelegate::textStorage;
+
   explicit Log(TextStorage &storage) : storage(storage) {
     storage.setDelegate(this);
     storage.addLayoutManager(this);
