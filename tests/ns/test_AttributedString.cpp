@@ -345,6 +345,25 @@ TEST(AttributedString, NextWordLooksBeyondTheParagraphWhenItMust) {
   EXPECT_EQ(blanks.nextWordFromIndex(8999, false), 0u);
 }
 
+TEST(AttributedString, NextWordAgreesWithTheWholeText) {
+  // Paragraphs of every length, one beyond the window the search starts with.
+  std::mt19937 random(7);
+  const char16_t *pieces[] = {u"word",   u"it's", u"3.5",         u"\u00e9t\u00e9", u" ",
+                              u"  ",     u", ",   u"\n",          u"\r\n",          u"\u2029",
+                              u"\u2028", u"--",   u"\u65e5\u672c"};
+  std::u16string text;
+  while (text.size() < 3000)
+    text += pieces[random() % std::size(pieces)];
+  for (int i = 0; i < 1100; ++i)
+    text += i % 7 ? u"long " : u"line, ";
+  text += u"\nend";
+  AttributedString s(text);
+  for (uint64_t i = 0; i <= text.size(); i += (i < 3100 ? 1 : 97)) {
+    ASSERT_EQ(s.nextWordFromIndex(i, true), nextWordFromIndex(text, i, true)) << i;
+    ASSERT_EQ(s.nextWordFromIndex(i, false), nextWordFromIndex(text, i, false)) << i;
+  }
+}
+
 TEST(AttributedString, FixingGivesEachParagraphTheStyleOfItsFirstCharacter) {
   auto first = std::make_shared<Marker>(), second = std::make_shared<Marker>();
   MutableAttributedString s(u"aaaa\nbbbb\ncccc\ndddd");
