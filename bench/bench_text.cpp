@@ -63,6 +63,14 @@ void operator delete[](void *p, std::size_t) noexcept {
 
 namespace {
 
+// Benchmarks that build and drop a novel per iteration would otherwise measure the kernel:
+// glibc hands large freed blocks back and faults fresh pages in on the next build.
+const bool keepFreedMemory = [] {
+  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_TRIM_THRESHOLD, 1 << 30);
+  return true;
+}();
+
 // The novel with about `runs` runs, built once per count.
 const AttributedString &novel(uint64_t runs) {
   static std::map<uint64_t, AttributedStringPtr> novels;
