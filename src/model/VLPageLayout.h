@@ -28,9 +28,10 @@ enum VLPageUsage : int64_t { VLPageUsageSingleSided = 0, VLPageUsageMirrored = 3
 /// footer band.
 ///
 /// Changes are announced by VLPageLayoutDidChangeNotification (object: the layout) on the
-/// default notification center, posted synchronously by every setter that changes the page,
-/// unless a beginEditing bracket is open: then the bracket's outermost endEditing posts once,
-/// whether or not anything changed. Changing a band's values directly posts nothing.
+/// default notification center, posted synchronously by every setter below (whether or not
+/// the value changed) unless a beginEditing bracket is open: then the bracket's outermost
+/// endEditing posts once, whether or not anything changed. Changing a band's values directly
+/// posts nothing.
 ///
 /// Keyed coding writes the base's keys, then "_pageSize", "_orientation", "_pageUsage",
 /// "_firstPageNumber", the four margins, "_headerStyle", "_footerStyle",
@@ -49,8 +50,8 @@ public:
   /// Takes paper size, orientation, left and right margin from `printInfo`, and splits each
   /// positive top or bottom margin m into a page margin floor(m - 35) and a band of the rest,
   /// so the text stays where the printer put it: 72 gives 37 and a band of 35. A margin below
-  /// 35 gives a negative page margin; a margin of 0 leaves margin and band alone. Posts one
-  /// notice (inside its own bracket).
+  /// 35 gives a negative page margin; a margin of 0 or less leaves margin and band alone.
+  /// Works inside a bracket of its own, so it posts one notice (none inside a caller's).
   void setStateWithPrintInfo(const ns::PrintInfo &printInfo);
 
   // The paper. Setters post a notice.

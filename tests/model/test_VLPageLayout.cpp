@@ -1,5 +1,5 @@
 // Page layouts: print information, the band geometry, validators, change notices, coding;
-// and the style object and band they are built from.
+// and the style object they are built on.
 #include "ModelTestSupport.h"
 #include "model/VLPageLayout.h"
 #include "ns/Assert.h"
@@ -11,11 +11,15 @@ using vl::test::LayoutNotices;
 
 namespace {
 
-ns::PrintInfo printInfoWithMargins(double top, double bottom) {
+ns::PrintInfo printerMargins(double top, double bottom) {
   ns::PrintInfo info;
   info.setTopMargin(top);
   info.setBottomMargin(bottom);
   return info;
+}
+
+VLPageLayoutPtr layoutWithPrinterMargins(double top, double bottom) {
+  return VLPageLayout::pageLayoutWithPrintInfo(printerMargins(top, bottom));
 }
 
 } // namespace
@@ -24,147 +28,82 @@ TEST(VLStyleObject, KeepsPropertiesOnlyOnceItHasADictionary) {
   auto object = std::make_shared<VLStyleObject>();
   object->setProperty(ns::Value(u"x"), u"key");
   EXPECT_EQ(object->properties(), nullptr);
-  EXPECT_TRUE(object->propertyForKey(u"key").isNil());
-  object->removePropertyForKey(u"key"); // nothing to remove from, and no crash
-
   object->setProperties(ns::Dictionary::create());
   object->setProperty(ns::Value(u"x"), u"key");
   EXPECT_EQ(object->propertyForKey(u"key"), ns::Value(u"x"));
-  object->removePropertyForKey(u"key");
-  EXPECT_TRUE(object->propertyForKey(u"key").isNil());
 }
 
-TEST(VLStyleObject, DisplayNameFallsBackToName) {
-  VLStyleObject object;
-  EXPECT_FALSE(object.displayName());
-  object.setName(u"pm1");
-  EXPECT_EQ(object.displayName(), u"pm1");
-  object.setDisplayName(u"Standard");
-  EXPECT_EQ(object.displayName(), u"Standard");
-  EXPECT_EQ(object.name(), u"pm1");
-  object.setDisplayName(std::nullopt);
-  EXPECT_EQ(object.valueForKey(u"displayName"), ns::Value(u"pm1"));
-}
-
-TEST(VLStyleObject, RoundTripsNamesAndProperties) {
+TEST(VLStyleObject, DisplayNameFallsBackToNameAndRoundTrips) {
   auto object = std::make_shared<VLStyleObject>();
   object->setName(u"pm2");
-  object->setProperties(ns::Dictionary::create({{u"n", ns::Value(3)}}));
   auto decoded = vl::test::roundTrip(object);
   ASSERT_TRUE(decoded);
-  EXPECT_EQ(decoded->name(), u"pm2");
   EXPECT_EQ(decoded->displayName(), u"pm2"); // a nil display name stays nil
-  EXPECT_EQ(decoded->propertyForKey(u"n"), ns::Value(3));
-
-  auto fresh = vl::test::roundTrip(std::make_shared<VLStyleObject>());
-  ASSERT_TRUE(fresh);
-  EXPECT_FALSE(fresh->name());
-  EXPECT_EQ(fresh->properties(), nullptr);
-}
-
-TEST(VLHeaderFooterStyle, StartsWithDynamicSpacingAndRoundTrips) {
-  auto band = VLHeaderFooterStyle::create();
-  EXPECT_TRUE(band->dynamicSpacing());
-  EXPECT_EQ(band->minimumHeight(), 0.0);
-  band->setDynamicSpacing(false);
-  band->setMinimumHeight(35.5);
-  band->setTopMargin(1);
-  band->setBottomMargin(2);
-  band->setLeftMargin(3);
-  band->setRightMargin(4);
-  auto decoded = vl::test::roundTrip(band);
-  ASSERT_TRUE(decoded);
-  EXPECT_FALSE(decoded->dynamicSpacing());
-  EXPECT_EQ(decoded->minimumHeight(), 35.5);
-  EXPECT_EQ(decoded->topMargin(), 1);
-  EXPECT_EQ(decoded->bottomMargin(), 2);
-  EXPECT_EQ(decoded->leftMargin(), 3);
-  EXPECT_EQ(decoded->rightMargin(), 4);
+  EXPECT_EQ(decoded->properties(), nullptr);
+  decoded->setDisplayName(u"Standard");
+  EXPECT_EQ(decoded->valueForKey(u"displayName"), ns::Value(u"Standard"));
 }
 
 TEST(VLPageLayout, CarvesA35PointBandOutOfThePrinterMargins) {
-  ns::PrintInfo info = printInfoWithMargins(72, 72);
+  ns::PrintInfo info;
   info.setPaperSize({595, 842});
   info.setOrientation(ns::LandscapeOrientation);
   info.setLeftMargin(90);
-  info.setRightMargin(54);
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(info);
+  auto layout = VLPageLayout::pageLayoutWithPrintInfo(info); // margins 72
   EXPECT_EQ(layout->pageSize(), (ns::Size{595, 842}));
   EXPECT_EQ(layout->orientation(), ns::LandscapeOrientation);
   EXPECT_EQ(layout->leftMargin(), 90);
-  EXPECT_EQ(layout->rightMargin(), 54);
-
+  EXPECT_EQ(layout->rightMargin(), 72);
   EXPECT_EQ(layout->topMargin(), 37.0);
   EXPECT_EQ(layout->headerStyle()->minimumHeight(), 35.0);
   EXPECT_EQ(layout->headerStyle()->bottomMargin(), 37.0);
   EXPECT_EQ(layout->contentTopMargin(), 72.0);
   EXPECT_EQ(layout->bottomMargin(), 37.0);
-  EXPECT_EQ(layout->footerStyle()->minimumHeight(), 35.0);
   EXPECT_EQ(layout->footerStyle()->topMargin(), 37.0);
   EXPECT_EQ(layout->contentBottomMargin(), 72.0);
-}
 
-TEST(VLPageLayout, SplitsSmallAndFractionalMarginsWithoutClamping) {
-  auto small = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(20, 20));
+  auto small = layoutWithPrinterMargins(20, 72.5); // not clamped; fractions go to the band
   EXPECT_EQ(small->topMargin(), -15.0);
   EXPECT_EQ(small->headerStyle()->minimumHeight(), 35.0);
   EXPECT_EQ(small->contentTopMargin(), 20.0);
-  EXPECT_EQ(small->bottomMargin(), -15.0);
-  EXPECT_EQ(small->contentBottomMargin(), 20.0);
-
-  auto fractional = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72.5, 72.5));
-  EXPECT_EQ(fractional->topMargin(), 37.0);
-  EXPECT_EQ(fractional->headerStyle()->minimumHeight(), 35.5);
-  EXPECT_EQ(fractional->footerStyle()->minimumHeight(), 35.5);
+  EXPECT_EQ(small->bottomMargin(), 37.0);
+  EXPECT_EQ(small->footerStyle()->minimumHeight(), 35.5);
 }
 
 TEST(VLPageLayout, ZeroPrinterMarginLeavesMarginAndBandAlone) {
-  auto layout = VLPageLayout::create();
-  layout->setTopMargin(10);
-  layout->headerStyle()->setMinimumHeight(5);
-  layout->setBottomMargin(11);
-  layout->footerStyle()->setMinimumHeight(6);
-  layout->setStateWithPrintInfo(printInfoWithMargins(0, 0));
+  auto layout = layoutWithPrinterMargins(72, 72);
+  layout->setHeaderSpacing(10);
+  layout->setStateWithPrintInfo(printerMargins(0, 0));
   EXPECT_EQ(layout->topMargin(), 10);
-  EXPECT_EQ(layout->headerStyle()->minimumHeight(), 5);
-  EXPECT_EQ(layout->bottomMargin(), 11);
-  EXPECT_EQ(layout->footerStyle()->minimumHeight(), 6);
+  EXPECT_EQ(layout->headerStyle()->minimumHeight(), 62);
+  EXPECT_EQ(layout->bottomMargin(), 37);
+  EXPECT_EQ(layout->footerStyle()->minimumHeight(), 35);
 }
 
-TEST(VLPageLayout, SpacingMovesTheBandEdgeAndKeepsTheText) {
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72, 72));
+TEST(VLPageLayout, SpacingKeepsTheTextAndContentMarginKeepsTheEdge) {
+  auto layout = layoutWithPrinterMargins(72, 72);
   layout->setHeaderSpacing(20);
-  EXPECT_EQ(layout->headerSpacing(), 20);
   EXPECT_EQ(layout->topMargin(), 20);
   EXPECT_EQ(layout->headerStyle()->minimumHeight(), 52);
   EXPECT_EQ(layout->contentTopMargin(), 72);
-
   layout->setFooterSpacing(50);
-  EXPECT_EQ(layout->footerSpacing(), 50);
   EXPECT_EQ(layout->footerStyle()->minimumHeight(), 22);
   EXPECT_EQ(layout->contentBottomMargin(), 72);
-}
 
-TEST(VLPageLayout, ContentMarginMovesTheTextAndKeepsTheBandEdge) {
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72, 72));
   layout->setContentTopMargin(100);
-  EXPECT_EQ(layout->topMargin(), 37);
-  EXPECT_EQ(layout->headerStyle()->minimumHeight(), 63);
+  EXPECT_EQ(layout->headerSpacing(), 20);
+  EXPECT_EQ(layout->headerStyle()->minimumHeight(), 80);
   layout->setContentBottomMargin(40);
-  EXPECT_EQ(layout->bottomMargin(), 37);
-  EXPECT_EQ(layout->footerStyle()->minimumHeight(), 3);
-  EXPECT_EQ(layout->contentBottomMargin(), 40);
-}
+  EXPECT_EQ(layout->footerSpacing(), 50);
+  EXPECT_EQ(layout->footerStyle()->minimumHeight(), -10);
 
-TEST(VLPageLayout, GeometryWithoutBandsCountsTheMarginAlone) {
-  auto layout = VLPageLayout::create();
+  // Without bands the margins alone count, and nothing crashes.
   layout->setHeaderStyle(nullptr);
   layout->setFooterStyle(nullptr);
-  layout->setStateWithPrintInfo(printInfoWithMargins(72, 72));
-  layout->setHeaderSpacing(20);
-  layout->setContentBottomMargin(50);
-  EXPECT_EQ(layout->contentTopMargin(), 20);
-  EXPECT_EQ(layout->contentBottomMargin(), 37);
+  layout->setHeaderSpacing(30);
+  layout->setContentBottomMargin(60);
+  EXPECT_EQ(layout->contentTopMargin(), 30);
+  EXPECT_EQ(layout->contentBottomMargin(), 50);
 }
 
 TEST(VLPageLayout, ValidatorsCorrectToTheRangeAndAlwaysAccept) {
@@ -176,12 +115,9 @@ TEST(VLPageLayout, ValidatorsCorrectToTheRangeAndAlwaysAccept) {
   number = -1;
   EXPECT_TRUE(layout->validateRightMargin(&number, &error));
   EXPECT_EQ(number, ns::Value(0.0));
-  number = 0.4 * 612; // the limit itself stands
+  number = 0.4 * 612; // the limit itself stands, as does anything inside
   EXPECT_TRUE(layout->validateLeftMargin(&number, &error));
   EXPECT_EQ(number.doubleValue(), 0.4 * 612);
-  number = 100;
-  EXPECT_TRUE(layout->validateLeftMargin(&number, &error));
-  EXPECT_EQ(number, ns::Value(100));
 
   // The spacings and content margins are limited by the height.
   for (auto validate :
@@ -191,7 +127,6 @@ TEST(VLPageLayout, ValidatorsCorrectToTheRangeAndAlwaysAccept) {
     EXPECT_TRUE(((*layout).*validate)(&number, &error));
     EXPECT_DOUBLE_EQ(number.doubleValue(), 0.4 * 792);
   }
-  EXPECT_DOUBLE_EQ(layout->maxHeaderSpacing(), 0.4 * 792);
 
   number = ns::Value();
   EXPECT_TRUE(layout->validateLeftMargin(&number, &error));
@@ -202,11 +137,7 @@ TEST(VLPageLayout, ValidatorsCorrectToTheRangeAndAlwaysAccept) {
 
 TEST(VLPageLayout, EverySetterPostsOneNoticeWithTheLayout) {
   auto layout = VLPageLayout::create();
-  LayoutNotices notices(*layout);
-  ns::Object *sender = nullptr;
-  ns::NotificationCenter::defaultCenter().addObserver(
-      &sender, [&](const ns::Notification &n) { sender = n.object(); },
-      VLPageLayoutDidChangeNotification, nullptr);
+  LayoutNotices notices(*layout); // counts notices whose object is the layout
   layout->setPageSize({1, 2});
   layout->setPageWidth(3);
   layout->setPageHeight(4);
@@ -226,9 +157,6 @@ TEST(VLPageLayout, EverySetterPostsOneNoticeWithTheLayout) {
   layout->setFooterSpacing(5);
   layout->setShouldMirrorPages(false);
   EXPECT_EQ(notices.count, 18);
-  EXPECT_EQ(sender, layout.get());
-  ns::NotificationCenter::defaultCenter().removeObserver(&sender);
-
   // Neither the nesting nor a band's own values announce anything.
   layout->setEditNesting(0);
   layout->headerStyle()->setMinimumHeight(99);
@@ -244,39 +172,33 @@ TEST(VLPageLayout, BracketsPostOnceAtTheOutermostEnd) {
   layout->setLeftMargin(2);
   layout->endEditing();
   EXPECT_EQ(notices.count, 0);
-  EXPECT_EQ(layout->editNesting(), 1);
   layout->endEditing();
   EXPECT_EQ(notices.count, 1);
 
   layout->beginEditing(); // a bracket that changed nothing still posts
   layout->endEditing();
   EXPECT_EQ(notices.count, 2);
-
   layout->setStateWithPrintInfo(ns::PrintInfo());
   EXPECT_EQ(notices.count, 3);
-
   EXPECT_THROW(layout->endEditing(), ns::InternalInconsistencyException);
 }
 
 TEST(VLPageLayout, SpacingNoticeComesBeforeTheBandChanges) {
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72, 72));
+  auto layout = layoutWithPrinterMargins(72, 72);
   std::vector<double> seen;
   ns::NotificationCenter::defaultCenter().addObserver(
       &seen, [&](const ns::Notification &) { seen.push_back(layout->contentTopMargin()); },
       VLPageLayoutDidChangeNotification, layout.get());
   layout->setHeaderSpacing(20);
-  EXPECT_EQ(seen, std::vector<double>{55}); // new edge 20, old band 35
-
   layout->beginEditing();
   layout->setHeaderSpacing(30);
   layout->endEditing();
-  EXPECT_EQ(seen, (std::vector<double>{55, 72}));
+  EXPECT_EQ(seen, (std::vector<double>{55, 72})); // new edge 20 with the old band 35
   ns::NotificationCenter::defaultCenter().removeObserver(&seen);
 }
 
 TEST(VLPageLayout, MirroringIsPageUsageThree) {
   auto layout = VLPageLayout::create();
-  EXPECT_FALSE(layout->shouldMirrorPages());
   layout->setShouldMirrorPages(true);
   EXPECT_EQ(layout->pageUsage(), 3);
   EXPECT_TRUE(layout->shouldMirrorPages());
@@ -288,7 +210,7 @@ TEST(VLPageLayout, MirroringIsPageUsageThree) {
 }
 
 TEST(VLPageLayout, KeyValueCodingGoesThroughTheSetters) {
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72, 72));
+  auto layout = layoutWithPrinterMargins(72, 72);
   LayoutNotices notices(*layout);
   layout->setValueForKey(ns::Value(20.0), u"headerSpacing");
   EXPECT_EQ(notices.count, 1);
@@ -296,45 +218,39 @@ TEST(VLPageLayout, KeyValueCodingGoesThroughTheSetters) {
   EXPECT_EQ(layout->valueForKeyPath(u"headerStyle.minimumHeight"), ns::Value(52.0));
   layout->setValueForKey(ns::Value(true), u"shouldMirrorPages");
   EXPECT_EQ(layout->valueForKey(u"pageUsage"), ns::Value(3));
-  layout->setValueForKey(ns::Value(u"pm1"), u"name");
-  EXPECT_EQ(layout->name(), u"pm1");
   EXPECT_EQ(layout->valueForKey(u"pageWidth"), ns::Value(612.0));
-  EXPECT_TRUE(layout->valueForKey(u"noSuchKey").isNil());
 }
 
 TEST(VLPageLayout, RoundTripsEveryField) {
-  auto layout = VLPageLayout::pageLayoutWithPrintInfo(printInfoWithMargins(72.5, 80));
+  auto layout = layoutWithPrinterMargins(72.5, 80);
   layout->setName(u"pm1");
-  layout->setDisplayName(u"Standard");
   layout->setPageSize({595.5, 842});
   layout->setOrientation(ns::LandscapeOrientation);
-  layout->setLeftMargin(90);
   layout->setRightMargin(54);
   layout->setPageUsage(7);
   layout->setFirstPageNumber(5);
   layout->headerStyle()->setLeftMargin(4);
+  layout->headerStyle()->setDynamicSpacing(false);
   layout->setBackgroundImage(ns::Image::createWithPixels(1, 1, {255, 0, 0, 255}));
 
   auto decoded = vl::test::roundTrip(layout);
   ASSERT_TRUE(decoded);
   EXPECT_EQ(decoded->name(), u"pm1");
-  EXPECT_EQ(decoded->displayName(), u"Standard");
   EXPECT_EQ(decoded->pageSize(), (ns::Size{595.5, 842}));
   EXPECT_EQ(decoded->orientation(), ns::LandscapeOrientation);
   EXPECT_EQ(decoded->topMargin(), 37);
   EXPECT_EQ(decoded->bottomMargin(), 45);
-  EXPECT_EQ(decoded->leftMargin(), 90);
   EXPECT_EQ(decoded->rightMargin(), 54);
   EXPECT_EQ(decoded->pageUsage(), 7);
   EXPECT_EQ(decoded->firstPageNumber(), 5u);
   EXPECT_EQ(decoded->contentTopMargin(), 72.5);
   EXPECT_EQ(decoded->contentBottomMargin(), 80);
   EXPECT_EQ(decoded->headerStyle()->leftMargin(), 4);
+  EXPECT_FALSE(decoded->headerStyle()->dynamicSpacing());
+  EXPECT_TRUE(decoded->footerStyle()->dynamicSpacing());
   EXPECT_EQ(decoded->footerStyle()->topMargin(), 45);
-  EXPECT_NE(decoded->headerStyle(), layout->headerStyle());
   ASSERT_TRUE(decoded->backgroundImage());
   EXPECT_EQ(decoded->backgroundImage()->pixels(), (std::vector<uint8_t>{255, 0, 0, 255}));
-  EXPECT_EQ(decoded->editNesting(), 0);
 }
 
 TEST(VLPageLayout, ArchivedInsideABracketStaysSilentUntilBalanced) {
