@@ -50,24 +50,13 @@ constexpr std::array<TextField, 6> kTexts{{
     {u"leftFooter", u"LeftFooter", &VLMasterPage::leftFooter, &VLMasterPage::setLeftFooter},
 }};
 
-// The one place where texts meet the archive. A text class that can be archived is stored
-// whole; until the attributed string can be, a text is stored as its plain string so the
-// words survive, and a string decodes as a text without attributes.
 void encodeText(ns::KeyedArchiver &coder, const ns::AttributedStringPtr &text,
                 std::u16string_view key) {
-  if (!text || dynamic_cast<const ns::Coding *>(text.get()))
-    coder.encodeObject(text, key);
-  else
-    coder.encodeObject(std::u16string(text->string()), key);
+  coder.encodeObject(text, key);
 }
 
 ns::AttributedStringPtr decodeText(ns::KeyedUnarchiver &coder, std::u16string_view key) {
-  ns::Value value = coder.decodeObjectForKey(key);
-  if (auto text = value.as<ns::AttributedString>())
-    return text;
-  if (value.isString())
-    return ns::AttributedString::create(value.string());
-  return nullptr;
+  return coder.decodeObjectForKey(key).as<ns::AttributedString>();
 }
 
 } // namespace
