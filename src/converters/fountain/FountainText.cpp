@@ -1,0 +1,70 @@
+// Lower case and literal replacement for the Fountain parsers.
+#include "converters/fountain/FountainText.h"
+
+#include <unicode/ustring.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace vl::detail {
+
+std::u16string lowercased(std::u16string_view text) {
+  std::u16string result(text.size(), u'\0');
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = u_strToLower(result.data(), static_cast<int32_t>(result.size()), text.data(),
+                                  static_cast<int32_t>(text.size()), "", &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+      result.assign(static_cast<size_t>(length), u'\0');
+      continue;
+    }
+    if (U_FAILURE(status))
+      return std::u16string(text);
+    result.resize(static_cast<size_t>(length));
+    return result;
+  }
+  return std::u16string(text);
+}
+
+void replaceAllOccurrences(std::u16string &text, std::u16string_view target,
+                           std::u16string_view replacement) {
+  const size_t m = target.size();
+  if (m == 0 || text.size() < m)
+    return;
+  // Knuth-Morris-Pratt: a plain find restarts at every position and turns quadratic on
+  // repetitive text with a long target.
+  std::vector<size_t> border(m, 0);
+  for (size_t i = 1, k = 0; i < m; ++i) {
+    while (k > 0 && target[i] != target[k])
+      k = border[k - 1];
+    if (target[i] == target[k])
+      ++k;
+    border[i] = k;
+  }
+  std::u16string result;
+  size_t copied = 0; // text before this has been moved to result
+  bool found = false;
+  for (size_t i = 0, k = 0; i < text.size(); ++i) {
+    while (k > 0 && text[i] != target[k])
+      k = border[k - 1];
+    if (text[i] == target[k])
+      ++k;
+    if (k == m) {
+      if (!found) {
+        result.reserve(text.size());
+        found = true;
+      }
+      size_t matchStart = i + 1 - m;
+      result.append(text, copied, matchStart - copied);
+      result.append(replacement);
+      copied = i + 1;
+      k = 0; // occurrences do not overlap
+    }
+  }
+  if (!found)
+    return;
+  result.append(text, copied, std::u16string::npos);
+  text = std::move(result);
+}
+
+} // namespace vl::detail
