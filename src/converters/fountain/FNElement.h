@@ -45,10 +45,9 @@ public:
   }
 
   const std::u16string &elementType() const { return elementType_; }
-  void setElementType(std::u16string_view type) { elementType_ = type; }
+  void setElementType(std::u16string type) { elementType_ = std::move(type); }
   const std::u16string &elementText() const { return elementText_; }
-  void setElementText(std::u16string_view text) { elementText_ = text; }
-  void setElementText(std::u16string &&text) { elementText_ = std::move(text); }
+  void setElementText(std::u16string text) { elementText_ = std::move(text); }
   /// Appends to the text in place (amortised constant per character, unlike a set).
   void appendElementText(std::u16string_view text) { elementText_ += text; }
 

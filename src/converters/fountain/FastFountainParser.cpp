@@ -369,7 +369,8 @@ void FastFountainParser::parseBody(std::u16string_view text) {
       if (!kept.empty() && kept.back() == u'^') {
         // "\^\s*$" marks the second cue of a pair; "\s*\^\s*$" is taken off.
         cue->setIsDualDialogue(true);
-        cue->setElementText(dropTrailing(kept.substr(0, kept.size() - 1), isPatternSpace));
+        cue->setElementText(
+            std::u16string(dropTrailing(kept.substr(0, kept.size() - 1), isPatternSpace)));
         if (lastCharacterIndex)
           elements_[*lastCharacterIndex]->setIsDualDialogue(true);
       }

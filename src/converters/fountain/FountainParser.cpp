@@ -179,13 +179,13 @@ FNElementArray FountainParser::parseBodyOfString(std::u16string_view string) {
       }
     }
     element->setElementType(type);
-    element->setElementText(detail::trimmedBy(elementText, detail::isNewline));
+    element->setElementText(std::u16string(detail::trimmedBy(elementText, detail::isNewline)));
 
     if (ns::isMatchedByRegex(element->elementText(), CENTERED_TEXT_PATTERN)) {
       element->setIsCentered(true);
       std::optional<std::u16string> inner =
           ns::stringByMatching(element->elementText(), uR"((>?)\s*([^<>\n]*)\s*(<?))", 2);
-      element->setElementText(detail::trimmedBlanks(inner.value_or(u"")));
+      element->setElementText(std::u16string(detail::trimmedBlanks(inner.value_or(u""))));
     }
     if (type == FNElementTypeSceneHeading) {
       std::optional<std::u16string> heading =
