@@ -1,0 +1,339 @@
+// File wrappers and attachments: unique keys, disk round trips, atomic replacement, the flat
+// form and its refusal of bad bytes.
+#include "ns/FileWrapper.h"
+#include "ns/Image.h"
+#include "ns/KeyedArchiver.h"
+#include "ns/String.h"
+#include "ns/TextAttachment.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <dirent.h>
+#include <fstream>
+#include <random>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace vl::ns;
+
+namespace {
+
+// A fresh directory for one test, removed with everything in it afterwards.
+class TempDir {
+public:
+  TempDir() {
+    std::string pattern = ::testing::TempDir() + "vlwp-fw-XXXXXX";
+    path_ = ::mkdtemp(pattern.data());
+  }
+  ~TempDir() { std::system(("rm -rf '" + path_ + "'").c_str()); }
+  std::string path(const std::string &name) const { return path_ + "/" + name; }
+  std::u16string path16(const std::string &name) const { return fromUTF8(path(name)); }
+  std::vector<std::string> list() const {
+    std::vector<std::string> names;
+    if (DIR *dir = ::opendir(path_.c_str())) {
+      while (dirent *e = ::readdir(dir))
+        if (std::string(e->d_name) != "." && std::string(e->d_name) != "..")
+          names.push_back(e->d_name);
+      ::closedir(dir);
+    }
+    return names;
+  }
+
+private:
+  std::string path_;
+};
+
+std::string fileText(const std::string &path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+FileWrapperPtr sampleTree() {
+  auto root = FileWrapper::createDirectory();
+  root->addRegularFileWithContents(Data::fromString("{\\rtf1 hello}"), u"TXT.rtf");
+  root->addRegularFileWithContents(Data::fromString("\x89PNG"), u"picture.png");
+  auto sub = FileWrapper::createDirectory();
+  sub->setPreferredFilename(u"Files");
+  sub->addRegularFileWithContents(Data(), u"empty");
+  sub->addRegularFileWithContents(Data::fromString("caf\xc3\xa9"), u"caf\u00e9.txt");
+  root->addFileWrapper(sub);
+  root->addFileWrapper(FileWrapper::createSymbolicLink(u"picture.png"));
+  return root;
+}
+
+// Structural equality of two trees: kinds, keys, bytes and link destinations.
+void expectSameTree(const FileWrapper &a, const FileWrapper &b, const std::string &where = "/") {
+  ASSERT_EQ(a.kind(), b.kind()) << where;
+  EXPECT_EQ(a.regularFileContents(), b.regularFileContents()) << where;
+  EXPECT_EQ(a.symbolicLinkDestination(), b.symbolicLinkDestination()) << where;
+  ASSERT_EQ(a.children().size(), b.children().size()) << where;
+  for (size_t i = 0; i < a.children().size(); ++i) {
+    EXPECT_EQ(a.children()[i].first, b.children()[i].first) << where;
+    expectSameTree(*a.children()[i].second, *b.children()[i].second,
+                   where + toUTF8(a.children()[i].first) + "/");
+  }
+}
+
+} // namespace
+
+TEST(FileWrapper, KindsAnswerOnlyWhatFitsThem) {
+  auto file = FileWrapper::createRegularFile(Data::fromString("abc"));
+  EXPECT_TRUE(file->isRegularFile());
+  EXPECT_EQ(file->regularFileContents().view(), "abc");
+  EXPECT_EQ(file->fileWrappers(), nullptr);
+  EXPECT_EQ(file->addRegularFileWithContents(Data(), u"x"), u"") << "a file takes no children";
+
+  auto link = FileWrapper::createSymbolicLink(u"../target");
+  EXPECT_TRUE(link->isSymbolicLink());
+  EXPECT_EQ(link->symbolicLinkDestination(), u"../target");
+  EXPECT_TRUE(link->regularFileContents().empty());
+
+  auto dir = FileWrapper::createDirectory();
+  EXPECT_TRUE(dir->isDirectory());
+  EXPECT_EQ(dir->fileWrappers()->count(), 0u);
+  EXPECT_EQ(dir->addFileWrapper(nullptr), u"");
+  EXPECT_EQ(dir->addFileWrapper(dir), u"") << "not inside itself";
+}
+
+TEST(FileWrapper, ChildKeysAreUniqueAndSafe) {
+  auto dir = FileWrapper::createDirectory();
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image.png");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 2.png");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 3.png");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"README"), u"README");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"README"), u"README 2");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".hidden"), u".hidden");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".hidden"), u".hidden 2");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"../../etc/passwd"), u".._.._etc_passwd");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".."), u"Untitled");
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u""), u"Untitled 2");
+
+  auto keys = dir->fileWrappers()->allKeys();
+  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
+  EXPECT_EQ(keys.size(), 10u);
+
+  auto child = dir->fileWrapperForKey(u"image 2.png");
+  ASSERT_NE(child, nullptr);
+  EXPECT_EQ(child->filename(), u"image 2.png") << "the key becomes the filename";
+  EXPECT_EQ(child->preferredFilename(), u"image.png");
+  EXPECT_EQ(dir->keyForFileWrapper(*child), u"image 2.png");
+  dir->removeFileWrapper(child);
+  EXPECT_EQ(dir->fileWrapperForKey(u"image 2.png"), nullptr);
+  EXPECT_EQ(dir->keyForFileWrapper(*child), u"");
+  dir->removeFileWrapper(child); // not a child any more: nothing happens
+  EXPECT_EQ(dir->children().size(), 9u);
+  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 2.png")
+      << "a freed key is used again";
+
+  auto made = FileWrapper::createDirectory(
+      {{u"a.txt", FileWrapper::createRegularFile(Data())}, {u"a.txt", nullptr}});
+  EXPECT_EQ(made->children().size(), 1u);
+  EXPECT_EQ(made->children()[0].first, u"a.txt");
+}
+
+TEST(FileWrapper, WritesAndReadsADirectoryTree) {
+  TempDir temp;
+  auto tree = sampleTree();
+  ErrorPtr error;
+  ASSERT_TRUE(tree->writeToPath(temp.path16("Doc.rtfd"), false, &error))
+      << toUTF8(error ? error->localizedDescription() : u"");
+  EXPECT_EQ(fileText(temp.path("Doc.rtfd/TXT.rtf")), "{\\rtf1 hello}");
+  EXPECT_EQ(fileText(temp.path("Doc.rtfd/Files/caf\xc3\xa9.txt")), "caf\xc3\xa9");
+
+  auto read = FileWrapper::createWithPath(temp.path16("Doc.rtfd"), &error);
+  ASSERT_NE(read, nullptr);
+  expectSameTree(*read, *tree);
+  EXPECT_EQ(read->filename(), u"Doc.rtfd");
+  EXPECT_EQ(read->fileWrapperForKey(u"Files")->filename(), u"Files");
+  ASSERT_TRUE(read->modificationDate().has_value());
+  EXPECT_NEAR(read->modificationDate()->timeIntervalSinceDate(Date::now()), 0, 3600);
+
+  auto single = FileWrapper::createRegularFile(Data::fromString("one"));
+  ASSERT_TRUE(single->writeToPath(temp.path16("one.txt"), false, nullptr));
+  FileWrapper reread;
+  ASSERT_TRUE(reread.readFromPath(temp.path16("one.txt")));
+  EXPECT_TRUE(reread.isRegularFile());
+  EXPECT_EQ(reread.regularFileContents().view(), "one");
+  EXPECT_EQ(reread.preferredFilename(), u"one.txt");
+}
+
+TEST(FileWrapper, AtomicWritesReplaceWholeAndLeaveNothingBehind) {
+  TempDir temp;
+  auto first = FileWrapper::createDirectory();
+  first->addRegularFileWithContents(Data::fromString("old"), u"old.txt");
+  ASSERT_TRUE(first->writeToPath(temp.path16("Pkg"), true, nullptr));
+  auto second = FileWrapper::createDirectory();
+  second->addRegularFileWithContents(Data::fromString("new"), u"new.txt");
+  ASSERT_TRUE(second->writeToPath(temp.path16("Pkg"), true, nullptr));
+
+  auto read = FileWrapper::createWithPath(temp.path16("Pkg"));
+  ASSERT_NE(read, nullptr);
+  expectSameTree(*read, *second);
+  EXPECT_EQ(temp.list(), std::vector<std::string>{"Pkg"}) << "no temporary items left";
+
+  // A file replaces the directory, and a directory a file.
+  ASSERT_TRUE(FileWrapper::createRegularFile(Data::fromString("flat"))
+                  ->writeToPath(temp.path16("Pkg"), true, nullptr));
+  EXPECT_EQ(fileText(temp.path("Pkg")), "flat");
+  ASSERT_TRUE(second->writeToPath(temp.path16("Pkg"), true, nullptr));
+  EXPECT_EQ(fileText(temp.path("Pkg/new.txt")), "new");
+
+  // In place, a directory is merged into the one that is there.
+  ASSERT_TRUE(first->writeToPath(temp.path16("Pkg"), false, nullptr));
+  EXPECT_EQ(FileWrapper::createWithPath(temp.path16("Pkg"))->children().size(), 2u);
+
+  ErrorPtr error;
+  EXPECT_FALSE(second->writeToPath(temp.path16("missing/dir/Pkg"), true, &error));
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->domain(), POSIXErrorDomain);
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(),
+            temp.path16("missing/dir/Pkg"));
+}
+
+TEST(FileWrapper, ReadingAMissingPathFails) {
+  TempDir temp;
+  ErrorPtr error;
+  EXPECT_EQ(FileWrapper::createWithPath(temp.path16("nothing"), &error), nullptr);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->domain(), POSIXErrorDomain);
+  EXPECT_EQ(error->code(), ENOENT);
+  EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(), temp.path16("nothing"));
+
+  auto keep = FileWrapper::createRegularFile(Data::fromString("kept"));
+  EXPECT_FALSE(keep->readFromPath(temp.path16("nothing")));
+  EXPECT_EQ(keep->regularFileContents().view(), "kept") << "a failed read changes nothing";
+}
+
+TEST(FileWrapper, SerializedFormRoundTrips) {
+  auto tree = sampleTree();
+  tree->setFilename(u"Doc.rtfd");
+  tree->setModificationDate(Date(700000000.5));
+  Data flat = tree->serializedRepresentation();
+  auto back = FileWrapper::createWithSerializedRepresentation(flat);
+  ASSERT_NE(back, nullptr);
+  expectSameTree(*back, *tree);
+  EXPECT_EQ(back->filename(), u"Doc.rtfd");
+  EXPECT_EQ(back->modificationDate(), tree->modificationDate());
+  EXPECT_EQ(back->fileWrapperForKey(u"picture.png")->preferredFilename(), u"picture.png");
+  EXPECT_EQ(back->serializedRepresentation(), flat) << "stable";
+
+  auto file = FileWrapper::createWithSerializedRepresentation(
+      FileWrapper::createRegularFile(Data::fromString("x"))->serializedRepresentation());
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(file->regularFileContents().view(), "x");
+  EXPECT_FALSE(file->modificationDate().has_value());
+}
+
+TEST(FileWrapper, SerializedFormRefusesBadBytes) {
+  Data flat = sampleTree()->serializedRepresentation();
+  auto bytes = flat.toVector();
+  for (size_t length = 0; length < bytes.size(); ++length)
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(bytes.data(), length)), nullptr)
+        << "truncated to " << length;
+
+  auto extra = bytes;
+  extra.push_back(0);
+  EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(extra)), nullptr);
+  auto badMagic = bytes;
+  badMagic[0] = 'X';
+  EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(badMagic)), nullptr);
+
+  // Unsafe or repeated keys are refused, not repaired.
+  auto dir = FileWrapper::createDirectory();
+  dir->addRegularFileWithContents(Data(), u"ab");
+  auto keyed = dir->serializedRepresentation().toVector();
+  std::string text(keyed.begin(), keyed.end());
+  size_t at = text.find("ab"); // the key comes before the names inside the child
+  ASSERT_NE(at, std::string::npos);
+  for (const std::string &bad : {std::string(".."), std::string("a/"), std::string("a\0", 2)}) {
+    auto patched = keyed;
+    patched[at] = static_cast<uint8_t>(bad[0]);
+    patched[at + 1] = static_cast<uint8_t>(bad[1]);
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << bad;
+  }
+
+  // Keys out of order (or repeated) are refused: one tree has one flat form.
+  dir->addRegularFileWithContents(Data(), u"cd");
+  auto two = dir->serializedRepresentation().toVector();
+  std::string twoText(two.begin(), two.end());
+  for (const char *second : {"aa", "ab"}) {
+    auto patched = two;
+    size_t cd = twoText.find("cd");
+    patched[cd] = static_cast<uint8_t>(second[0]);
+    patched[cd + 1] = static_cast<uint8_t>(second[1]);
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << second;
+  }
+
+  // Random and mutated bytes never crash.
+  std::mt19937 random(7);
+  for (int round = 0; round < 2000; ++round) {
+    auto mutated = bytes;
+    for (int i = 0; i < 4; ++i)
+      mutated[random() % mutated.size()] = static_cast<uint8_t>(random());
+    FileWrapper::createWithSerializedRepresentation(Data(mutated));
+    std::vector<uint8_t> noise(random() % 64);
+    for (auto &b : noise)
+      b = static_cast<uint8_t>(random());
+    if (noise.size() >= 5)
+      std::copy_n("VLFW\1", 5, noise.begin());
+    FileWrapper::createWithSerializedRepresentation(Data(noise));
+  }
+  // A huge child count in a few bytes is refused without allocating for it.
+  std::vector<uint8_t> huge = {'V', 'L', 'F', 'W', 1, 2,    0,    0,    0,   0,
+                               0,   0,   0,   0,   0, 0xFF, 0xFF, 0xFF, 0xFF};
+  EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(huge)), nullptr);
+}
+
+TEST(FileWrapper, Archives) {
+  auto tree = sampleTree();
+  auto back = KeyedUnarchiver::unarchiveObjectWithData(
+                  KeyedArchiver::archivedDataWithRootObject(Value(tree)))
+                  .as<FileWrapper>();
+  ASSERT_NE(back, nullptr);
+  expectSameTree(*back, *tree);
+}
+
+TEST(TextAttachment, CellTakesTheSizeOfTheWrappedImage) {
+  auto image = Image::createWithPixels(40, 20, std::vector<uint8_t>(40 * 20 * 4, 0x80));
+  ASSERT_NE(image, nullptr);
+  auto wrapper = FileWrapper::createRegularFile(image->representationUsingType(ImageFileTypePNG));
+  wrapper->setPreferredFilename(u"Image_1.png");
+  auto attachment = TextAttachment::create(wrapper);
+  EXPECT_EQ(attachment->fileWrapper(), wrapper);
+  auto cell = attachment->attachmentCell();
+  ASSERT_NE(cell, nullptr);
+  EXPECT_EQ(cell->cellSize(), (Size{40, 20}));
+  ASSERT_NE(cell->image(), nullptr);
+  EXPECT_EQ(cell->attachment(), attachment.get());
+
+  auto chosen = TextAttachmentCell::create();
+  chosen->setCellSize(Size{100, 50});
+  attachment->setAttachmentCell(chosen);
+  attachment->setFileWrapper(FileWrapper::createRegularFile(Data::fromString("not an image")));
+  EXPECT_EQ(attachment->attachmentCell(), chosen) << "a cell that was set stays";
+  EXPECT_EQ(cell->attachment(), nullptr);
+
+  auto plain = TextAttachment::create(FileWrapper::createRegularFile(Data::fromString("text")));
+  EXPECT_EQ(plain->attachmentCell()->cellSize(), (Size{0, 0}));
+  EXPECT_EQ(plain->attachmentCell()->image(), nullptr);
+  EXPECT_NE(TextAttachment().attachmentCell(), nullptr) << "even without a wrapper";
+}
+
+TEST(TextAttachment, OneCharacterCarriesTheAttachment) {
+  auto attachment = TextAttachment::create(FileWrapper::createRegularFile(Data()));
+  auto form = TextAttachment::attributedStringWithAttachment(attachment);
+  EXPECT_EQ(form.string, u"\uFFFC");
+  EXPECT_EQ(form.attributeName, u"NSAttachment");
+  EXPECT_EQ(form.attribute.as<TextAttachment>(), attachment);
+  EXPECT_EQ(TextAttachment::attachmentCharacter, u'\uFFFC');
+
+  auto back = KeyedUnarchiver::unarchiveObjectWithData(
+                  KeyedArchiver::archivedDataWithRootObject(Value(attachment)))
+                  .as<TextAttachment>();
+  ASSERT_NE(back, nullptr);
+  ASSERT_NE(back->fileWrapper(), nullptr);
+  EXPECT_TRUE(back->fileWrapper()->isRegularFile());
+}

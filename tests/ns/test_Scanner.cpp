@@ -1,0 +1,157 @@
+// Scanner: numbers, strings, skipping and the location after success and failure.
+#include "ns/Scanner.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+
+using namespace vl::ns;
+
+TEST(Scanner, NumbersFollowedByUnits) {
+  Scanner points(u"12pt");
+  int i = 0;
+  EXPECT_TRUE(points.scanInt(&i));
+  EXPECT_EQ(i, 12);
+  EXPECT_EQ(points.scanLocation(), 2u);
+  EXPECT_TRUE(points.scanString(u"pt", nullptr));
+  EXPECT_TRUE(points.isAtEnd());
+
+  Scanner inches(u" 1.5in  ");
+  float f = 0;
+  EXPECT_TRUE(inches.scanFloat(&f));
+  EXPECT_EQ(f, 1.5f);
+  EXPECT_FALSE(inches.scanString(u"cm", nullptr));
+  std::u16string unit;
+  EXPECT_TRUE(inches.scanString(u"IN", &unit));
+  EXPECT_EQ(unit, u"in"); // the text as it stands, not the argument
+  EXPECT_TRUE(inches.isAtEnd());
+  EXPECT_EQ(inches.scanLocation(), 6u);
+
+  Scanner spaced(u" 42");
+  int64_t n = 0;
+  EXPECT_TRUE(spaced.scanInteger(&n));
+  EXPECT_EQ(n, 42);
+}
+
+TEST(Scanner, FailureMovesNothingAndWritesNothing) {
+  Scanner letters(u"  xyz");
+  int i = 7;
+  double d = 7;
+  EXPECT_FALSE(letters.scanInt(&i));
+  EXPECT_FALSE(letters.scanDouble(&d));
+  EXPECT_FALSE(letters.scanHexInt(nullptr));
+  EXPECT_FALSE(letters.scanString(u"q", nullptr));
+  EXPECT_EQ(i, 7);
+  EXPECT_EQ(d, 7);
+  EXPECT_EQ(letters.scanLocation(), 0u);
+  EXPECT_FALSE(letters.isAtEnd());
+  EXPECT_FALSE(Scanner(u".").scanDouble(&d));
+  EXPECT_FALSE(Scanner(u"-").scanInt(&i));
+  EXPECT_FALSE(Scanner(u"").scanInt(&i));
+}
+
+TEST(Scanner, RealsTakeFractionAndExponentOnlyWhenDigitsFollow) {
+  auto scan = [](std::u16string text, double expected, uint64_t location) {
+    Scanner s(text);
+    double d = 0;
+    ASSERT_TRUE(s.scanDouble(&d)) << toUTF8(text);
+    EXPECT_DOUBLE_EQ(d, expected) << toUTF8(text);
+    EXPECT_EQ(s.scanLocation(), location) << toUTF8(text);
+  };
+  scan(u".5", 0.5, 2);
+  scan(u"5.", 5, 2);
+  scan(u"-3e2x", -300, 4);
+  scan(u"+2.5E-1", 0.25, 7);
+  scan(u"2e", 2, 1);
+  scan(u"1e+", 1, 1);
+  scan(u"2.54cm", 2.54, 4);
+  scan(u"1e999", HUGE_VAL, 5);
+  scan(u"-1e-999", 0, 7);
+}
+
+TEST(Scanner, IntegersClampAtTheLimitsOfTheirType) {
+  int i = 0;
+  long long ll = 0;
+  Scanner big(u"99999999999 -9223372036854775809 123456789012345678901234 -9223372036854775808");
+  EXPECT_TRUE(big.scanInt(&i));
+  EXPECT_EQ(i, INT_MAX);
+  EXPECT_TRUE(big.scanLongLong(&ll));
+  EXPECT_EQ(ll, LLONG_MIN);
+  EXPECT_TRUE(big.scanLongLong(&ll));
+  EXPECT_EQ(ll, LLONG_MAX);
+  EXPECT_EQ(big.scanLocation(), 57u); // every digit was consumed
+  EXPECT_TRUE(big.scanLongLong(&ll));
+  EXPECT_EQ(ll, LLONG_MIN);
+}
+
+TEST(Scanner, HexadecimalWithOrWithoutPrefix) {
+  unsigned h = 0;
+  Scanner s(u"0x1F ff 0xg FFFFFFFFF");
+  EXPECT_TRUE(s.scanHexInt(&h));
+  EXPECT_EQ(h, 0x1Fu);
+  EXPECT_TRUE(s.scanHexInt(&h));
+  EXPECT_EQ(h, 0xFFu);
+  EXPECT_TRUE(s.scanHexInt(&h)); // "0" only: "x" is no prefix without a digit after it
+  EXPECT_EQ(h, 0u);
+  EXPECT_TRUE(s.scanString(u"xg", nullptr));
+  EXPECT_TRUE(s.scanHexInt(&h));
+  EXPECT_EQ(h, UINT_MAX);
+  unsigned long long wide = 0;
+  EXPECT_TRUE(Scanner(u"FFFFFFFFF").scanHexLongLong(&wide));
+  EXPECT_EQ(wide, 0xFFFFFFFFFull);
+}
+
+TEST(Scanner, ScanUpToStopsBeforeItsTargetAndFailsOnNothing) {
+  Scanner cue(u"John (V.O.)");
+  std::u16string name, extension;
+  EXPECT_TRUE(cue.scanUpToString(u"(", &name));
+  EXPECT_EQ(name, u"John ");
+  EXPECT_EQ(cue.scanLocation(), 5u);
+  EXPECT_FALSE(cue.scanUpToString(u"(", &name));
+  EXPECT_EQ(cue.scanLocation(), 5u);
+  EXPECT_TRUE(cue.scanUpToString(u")", &extension));
+  EXPECT_EQ(extension, u"(V.O.");
+  EXPECT_FALSE(cue.isAtEnd());
+
+  Scanner none(u"NOBODY");
+  EXPECT_TRUE(none.scanUpToString(u"(", &name));
+  EXPECT_EQ(name, u"NOBODY");
+  EXPECT_TRUE(none.isAtEnd());
+
+  Scanner chapter(u"Chapter 12");
+  EXPECT_TRUE(chapter.scanUpToCharactersFromSet(CharacterSet::decimalDigitCharacterSet(), &name));
+  EXPECT_EQ(name, u"Chapter ");
+  EXPECT_FALSE(
+      chapter.scanUpToCharactersFromSet(CharacterSet::decimalDigitCharacterSet(), nullptr));
+  EXPECT_TRUE(chapter.scanInteger(nullptr));
+  EXPECT_TRUE(chapter.isAtEnd());
+
+  Scanner caseless(u"one END two");
+  EXPECT_TRUE(caseless.scanUpToString(u"end", &name));
+  EXPECT_EQ(name, u"one ");
+}
+
+TEST(Scanner, SkippingAndCaseAreSettable) {
+  Scanner s(u" 42");
+  s.setCharactersToBeSkipped(nullptr);
+  EXPECT_EQ(s.charactersToBeSkipped(), nullptr);
+  EXPECT_FALSE(s.scanInt(nullptr));
+  CharacterSet dashes = CharacterSet::characterSetWithCharactersInString(u" -");
+  s.setCharactersToBeSkipped(&dashes);
+  EXPECT_TRUE(s.scanInt(nullptr));
+
+  Scanner word(u"PT");
+  word.setCaseSensitive(true);
+  EXPECT_FALSE(word.scanString(u"pt", nullptr));
+  EXPECT_TRUE(word.scanString(u"PT", nullptr));
+
+  Scanner letters(u"abc123");
+  std::u16string run;
+  EXPECT_TRUE(letters.scanCharactersFromSet(CharacterSet::letterCharacterSet(), &run));
+  EXPECT_EQ(run, u"abc");
+  EXPECT_FALSE(letters.scanCharactersFromSet(CharacterSet::letterCharacterSet(), &run));
+  letters.setScanLocation(100);
+  EXPECT_EQ(letters.scanLocation(), 6u);
+  EXPECT_TRUE(letters.isAtEnd());
+}

@@ -1,0 +1,436 @@
+// String operations: case, search, character sets, paragraphs, words, formatting, UUIDs.
+#include "ns/Array.h"
+#include "ns/String.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace vl::ns;
+
+namespace {
+struct Piece {
+  std::u16string text;
+  Range range;
+  Range enclosing;
+  bool operator==(const Piece &) const = default;
+};
+
+std::ostream &operator<<(std::ostream &os, const Piece &p) {
+  return os << toUTF8(p.text) << " {" << p.range.location << "," << p.range.length << "} {"
+            << p.enclosing.location << "," << p.enclosing.length << "}";
+}
+
+std::vector<Piece> pieces(std::u16string_view text, uint32_t options,
+                          std::optional<Range> range = std::nullopt) {
+  std::vector<Piece> out;
+  enumerateSubstringsInRange(text, range.value_or(Range{0, text.size()}), options,
+                             [&](std::u16string_view s, Range r, Range e, bool &) {
+                               out.push_back({std::u16string(s), r, e});
+                             });
+  return out;
+}
+
+std::vector<std::u16string> words(std::u16string_view text) {
+  std::vector<std::u16string> out;
+  for (auto &p : pieces(text, StringEnumerationByWords))
+    out.push_back(p.text);
+  return out;
+}
+} // namespace
+
+TEST(StringCase, MapsWithFullRootLocaleMappings) {
+  EXPECT_EQ(uppercaseString(u"straße ǆ"), u"STRASSE Ǆ");
+  EXPECT_EQ(lowercaseString(u"ÀB İ"), u"àb i\u0307");
+  EXPECT_EQ(uppercaseString(u""), u"");
+}
+
+TEST(StringCase, CapitalizesEachWordAndLowersTheRest) {
+  EXPECT_EQ(capitalizedString(u"hello wORLD"), u"Hello World");
+  EXPECT_EQ(capitalizedString(u"  int. house-day\tnight"), u"  Int. House-Day\tNight");
+  EXPECT_EQ(capitalizedString(u"don't o’neil"), u"Don't O’neil");
+  EXPECT_EQ(capitalizedString(u"3RD ßtraße"), u"3rd Sstraße");
+  EXPECT_EQ(capitalizedString(u"ÉTÉ"), u"Été");
+}
+
+TEST(StringCase, CaseInsensitiveCompareUsesFullFolding) {
+  EXPECT_EQ(caseInsensitiveCompare(u"Straße", u"STRASSE"), OrderedSame);
+  EXPECT_EQ(caseInsensitiveCompare(u"apple", u"Banana"), OrderedAscending);
+  EXPECT_EQ(caseInsensitiveCompare(u"b", u"A"), OrderedDescending);
+  EXPECT_EQ(compare(u"B", u"a"), OrderedAscending);
+}
+
+TEST(StringSearch, FindsLiteralOccurrencesWithOptionsAndRange) {
+  std::u16string text = u"abcabc";
+  EXPECT_EQ(rangeOfString(text, u"bc"), (Range{1, 2}));
+  EXPECT_EQ(rangeOfString(text, u"bc", BackwardsSearch), (Range{4, 2}));
+  EXPECT_EQ(rangeOfString(text, u"ab", AnchoredSearch), (Range{0, 2}));
+  EXPECT_EQ(rangeOfString(text, u"bc", AnchoredSearch).location, NotFound);
+  EXPECT_EQ(rangeOfString(text, u"bc", AnchoredSearch | BackwardsSearch), (Range{4, 2}));
+  EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 5}), (Range{3, 3}));
+  EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 4}).location, NotFound);
+  EXPECT_EQ(rangeOfString(text, u"ABC").location, NotFound);
+  EXPECT_EQ(rangeOfString(text, u"").location, NotFound);
+  EXPECT_EQ(rangeOfString(text, u"a", 0, Range{9, 1}).location, NotFound);
+  EXPECT_EQ(rangeOfString(text, u"c", 0, Range{5, 100}), (Range{5, 1}));
+}
+
+TEST(StringSearch, CaselessSearchAnswersPositionsInTheOriginalText) {
+  EXPECT_EQ(rangeOfString(u"Hello World", u"wORLD", CaseInsensitiveSearch), (Range{6, 5}));
+  EXPECT_EQ(rangeOfString(u"abcABC", u"abc", CaseInsensitiveSearch | BackwardsSearch),
+            (Range{3, 3}));
+  // Folding changes lengths: positions still count units of the text searched.
+  EXPECT_EQ(rangeOfString(u"Die Straße hier", u"STRASSE", CaseInsensitiveSearch), (Range{4, 6}));
+  EXPECT_EQ(rangeOfString(u"STRASSE", u"straße", CaseInsensitiveSearch), (Range{0, 7}));
+  EXPECT_EQ(rangeOfString(u"ßx", u"X", CaseInsensitiveSearch), (Range{1, 1}));
+  // A match never covers part of a character's folding.
+  EXPECT_EQ(rangeOfString(u"Maß", u"s", CaseInsensitiveSearch).location, NotFound);
+  EXPECT_EQ(rangeOfString(u"Hello", u"HE", CaseInsensitiveSearch | AnchoredSearch), (Range{0, 2}));
+  EXPECT_EQ(rangeOfString(u"Hello", u"LO", CaseInsensitiveSearch | AnchoredSearch).location,
+            NotFound);
+  EXPECT_EQ(
+      rangeOfString(u"xxHello", u"LO", CaseInsensitiveSearch | AnchoredSearch | BackwardsSearch),
+      (Range{5, 2}));
+  EXPECT_EQ(rangeOfString(u"aXbX", u"x", CaseInsensitiveSearch, Range{2, 2}), (Range{3, 1}));
+  EXPECT_EQ(rangeOfString(u"a😀b", u"B", CaseInsensitiveSearch), (Range{3, 1}));
+}
+
+TEST(StringSearch, PrefixesReplacingAndSplitting) {
+  EXPECT_TRUE(hasPrefix(u"INT. HOUSE", u"INT."));
+  EXPECT_FALSE(hasPrefix(u"IN", u"INT"));
+  EXPECT_TRUE(hasSuffix(u"CUT TO:", u"TO:"));
+  EXPECT_FALSE(hasSuffix(u"O:", u"TO:"));
+  EXPECT_TRUE(hasPrefix(u"x", u""));
+  EXPECT_EQ(stringByReplacingOccurrencesOfString(u"a..b...", u"..", u"_"), u"a_b_.");
+  EXPECT_EQ(stringByReplacingOccurrencesOfString(u"abc", u"", u"_"), u"abc");
+  EXPECT_EQ(componentsSeparatedByString(u"a,b,,c", u","),
+            (std::vector<std::u16string>{u"a", u"b", u"", u"c"}));
+  EXPECT_EQ(componentsSeparatedByString(u"", u","), (std::vector<std::u16string>{u""}));
+  EXPECT_EQ(
+      componentsSeparatedByCharactersInSet(u"a\r\nb\u2029c", CharacterSet::newlineCharacterSet()),
+      (std::vector<std::u16string>{u"a", u"", u"b", u"c"}));
+}
+
+TEST(CharacterSet, NamedSetsHoldTheirCategories) {
+  const auto &blank = CharacterSet::whitespaceCharacterSet();
+  EXPECT_TRUE(blank.characterIsMember(u' '));
+  EXPECT_TRUE(blank.characterIsMember(u'\t'));
+  EXPECT_TRUE(blank.characterIsMember(0xA0));
+  EXPECT_TRUE(blank.characterIsMember(0x3000));
+  EXPECT_FALSE(blank.characterIsMember(u'\n'));
+  const auto &newline = CharacterSet::newlineCharacterSet();
+  for (char32_t c : {U'\n', U'\v', U'\f', U'\r', U'\u0085', U'\u2028', U'\u2029'}) {
+    EXPECT_TRUE(newline.characterIsMember(c));
+    EXPECT_TRUE(CharacterSet::whitespaceAndNewlineCharacterSet().characterIsMember(c));
+  }
+  EXPECT_FALSE(newline.characterIsMember(u' '));
+  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(u'é'));
+  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(u'中'));
+  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(U'𝐀'));
+  EXPECT_FALSE(CharacterSet::letterCharacterSet().characterIsMember(u'1'));
+  EXPECT_TRUE(CharacterSet::alphanumericCharacterSet().characterIsMember(u'1'));
+  EXPECT_TRUE(CharacterSet::decimalDigitCharacterSet().characterIsMember(u'٣'));
+  EXPECT_FALSE(CharacterSet::decimalDigitCharacterSet().characterIsMember(u'½'));
+  EXPECT_TRUE(CharacterSet::punctuationCharacterSet().characterIsMember(u'«'));
+  EXPECT_TRUE(CharacterSet::uppercaseLetterCharacterSet().characterIsMember(u'Ä'));
+  EXPECT_FALSE(CharacterSet::lowercaseLetterCharacterSet().characterIsMember(u'Ä'));
+  EXPECT_FALSE(blank.characterIsMember(0x110000));
+}
+
+TEST(CharacterSet, BuildsCombinesAndInverts) {
+  CharacterSet set = CharacterSet::characterSetWithCharactersInString(u"a-😀");
+  EXPECT_TRUE(set.characterIsMember(u'-'));
+  EXPECT_TRUE(set.characterIsMember(U'😀'));
+  EXPECT_FALSE(set.characterIsMember(0xD83D)); // a surrogate alone is not the emoji
+  CharacterSet inverted = set.invertedSet();
+  EXPECT_FALSE(inverted.characterIsMember(u'a'));
+  EXPECT_TRUE(inverted.characterIsMember(u'b'));
+  EXPECT_TRUE(inverted.characterIsMember(0x10FFFF));
+  set.formUnionWithCharacterSet(CharacterSet::characterSetWithRange(u'0', 10));
+  EXPECT_TRUE(set.characterIsMember(u'9'));
+  EXPECT_FALSE(set.characterIsMember(u':'));
+  set.removeCharactersInString(u"a");
+  EXPECT_FALSE(set.characterIsMember(u'a'));
+  CharacterSet copy = set;
+  CharacterSet moved = std::move(set);
+  EXPECT_TRUE(moved.characterIsMember(u'9'));
+  EXPECT_FALSE(set.characterIsMember(u'9')); // NOLINT: a moved-from set is empty
+  set.addCharactersInString(u"z");
+  EXPECT_TRUE(set.characterIsMember(u'z'));
+  moved = std::move(set);
+  EXPECT_TRUE(moved.characterIsMember(u'z'));
+  EXPECT_FALSE(set.characterIsMember(u'z')); // NOLINT
+  EXPECT_TRUE(copy.characterIsMember(u'-'));
+}
+
+TEST(CharacterSet, TrimsWholeCodePointsAtBothEnds) {
+  EXPECT_EQ(trimmed(u" \t\n Scene \u2029"), u"Scene");
+  EXPECT_EQ(trimmed(u" \n "), u"");
+  CharacterSet smiley = CharacterSet::characterSetWithCharactersInString(u"😀");
+  EXPECT_EQ(stringByTrimmingCharactersInSet(u"😀a😀", smiley), u"a");
+  EXPECT_EQ(stringByTrimmingCharactersInSet(u" a\n", CharacterSet::whitespaceCharacterSet()),
+            u"a\n");
+}
+
+// a0 b1 LF2 c3 d4 CR5 LF6 e7 f8 CR9 g10 h11 PS12 i13 j14 LS15 k16 l17
+static const std::u16string kParagraphs = u"ab\ncd\r\nef\rgh\u2029ij\u2028kl";
+
+TEST(StringParagraphs, ParagraphsEndAtEachKindOfTerminator) {
+  auto para = [](uint64_t location, uint64_t length) {
+    return paragraphRangeForRange(kParagraphs, Range{location, length});
+  };
+  EXPECT_EQ(para(0, 0), (Range{0, 3}));
+  EXPECT_EQ(para(2, 0), (Range{0, 3}));
+  EXPECT_EQ(para(3, 0), (Range{3, 4}));   // CRLF is one terminator
+  EXPECT_EQ(para(6, 0), (Range{3, 4}));   // between CR and LF
+  EXPECT_EQ(para(5, 1), (Range{3, 4}));   // the CR alone
+  EXPECT_EQ(para(7, 0), (Range{7, 3}));   // lone CR
+  EXPECT_EQ(para(10, 0), (Range{10, 3})); // U+2029
+  EXPECT_EQ(para(13, 0), (Range{13, 5})); // U+2028 does not end a paragraph
+  EXPECT_EQ(para(16, 1), (Range{13, 5}));
+  EXPECT_EQ(para(18, 0), (Range{13, 5})); // at the very end
+  EXPECT_EQ(para(50, 3), (Range{13, 5})); // past the end: clamped
+}
+
+TEST(StringParagraphs, RangesEndingAfterATerminatorStayInTheirParagraph) {
+  auto para = [](uint64_t location, uint64_t length) {
+    return paragraphRangeForRange(kParagraphs, Range{location, length});
+  };
+  EXPECT_EQ(para(0, 3), (Range{0, 3}));
+  EXPECT_EQ(para(0, 4), (Range{0, 7}));
+  EXPECT_EQ(para(1, 5), (Range{0, 7})); // ends between CR and LF
+  EXPECT_EQ(para(4, 3), (Range{3, 4}));
+  EXPECT_EQ(para(2, 11), (Range{0, 13}));
+  EXPECT_EQ(para(2, 12), (Range{0, 18}));
+}
+
+TEST(StringParagraphs, ReportsStartEndAndContentsEnd) {
+  uint64_t start = 99, end = 99, contentsEnd = 99;
+  getParagraphStart(kParagraphs, &start, &end, &contentsEnd, Range{4, 0});
+  EXPECT_EQ(start, 3u);
+  EXPECT_EQ(end, 7u);
+  EXPECT_EQ(contentsEnd, 5u);
+  getParagraphStart(kParagraphs, &start, &end, &contentsEnd, Range{14, 0});
+  EXPECT_EQ(start, 13u);
+  EXPECT_EQ(end, 18u);
+  EXPECT_EQ(contentsEnd, 18u);
+  getParagraphStart(kParagraphs, nullptr, &end, nullptr, Range{0, 1});
+  EXPECT_EQ(end, 3u);
+
+  // After a final terminator there is an empty last paragraph.
+  getParagraphStart(u"ab\n", &start, &end, &contentsEnd, Range{3, 0});
+  EXPECT_EQ(start, 3u);
+  EXPECT_EQ(end, 3u);
+  EXPECT_EQ(contentsEnd, 3u);
+  EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{4, 0}), (Range{4, 0}));
+  EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{2, 0}), (Range{0, 4}));
+  EXPECT_EQ(paragraphRangeForRange(u"", Range{0, 0}), (Range{0, 0}));
+}
+
+TEST(StringParagraphs, LinesAlsoEndAtLineSeparatorAndNextLine) {
+  EXPECT_EQ(lineRangeForRange(kParagraphs, Range{13, 0}), (Range{13, 3}));
+  EXPECT_EQ(lineRangeForRange(kParagraphs, Range{16, 0}), (Range{16, 2}));
+  EXPECT_EQ(lineRangeForRange(kParagraphs, Range{14, 3}), (Range{13, 5}));
+  EXPECT_EQ(lineRangeForRange(kParagraphs, Range{6, 0}), (Range{3, 4}));
+  EXPECT_EQ(lineRangeForRange(u"a\u0085b", Range{0, 0}), (Range{0, 2}));
+  EXPECT_EQ(paragraphRangeForRange(u"a\u0085b", Range{0, 0}), (Range{0, 3}));
+  uint64_t contentsEnd = 0;
+  getLineStart(kParagraphs, nullptr, nullptr, &contentsEnd, Range{13, 1});
+  EXPECT_EQ(contentsEnd, 15u);
+}
+
+TEST(StringEnumeration, LinesAndParagraphsComeWholeWithTheirTerminators) {
+  std::u16string text = u"a\r\nb\u2028c\n";
+  EXPECT_EQ(pieces(text, StringEnumerationByParagraphs),
+            (std::vector<Piece>{{u"a", {0, 1}, {0, 3}}, {u"b\u2028c", {3, 3}, {3, 4}}}));
+  EXPECT_EQ(
+      pieces(text, StringEnumerationByLines),
+      (std::vector<Piece>{{u"a", {0, 1}, {0, 3}}, {u"b", {3, 1}, {3, 2}}, {u"c", {5, 1}, {5, 2}}}));
+  EXPECT_EQ(pieces(text, StringEnumerationByParagraphs | StringEnumerationReverse),
+            (std::vector<Piece>{{u"b\u2028c", {3, 3}, {3, 4}}, {u"a", {0, 1}, {0, 3}}}));
+  // A range that touches a paragraph yields all of it.
+  EXPECT_EQ(pieces(text, StringEnumerationByParagraphs, Range{4, 1}),
+            (std::vector<Piece>{{u"b\u2028c", {3, 3}, {3, 4}}}));
+  EXPECT_TRUE(pieces(text, StringEnumerationByParagraphs, Range{2, 0}).empty());
+}
+
+TEST(StringEnumeration, WordsSkipBlanksAndPunctuation) {
+  EXPECT_EQ(words(u"Hello, world! It's 3.5 o'clock; don't panic."),
+            (std::vector<std::u16string>{u"Hello", u"world", u"It's", u"3.5", u"o'clock", u"don't",
+                                         u"panic"}));
+  EXPECT_EQ(words(u"1,000 apples — 2nd try... (yes)"),
+            (std::vector<std::u16string>{u"1,000", u"apples", u"2nd", u"try", u"yes"}));
+  EXPECT_TRUE(words(u" ... -- !? \n").empty());
+  EXPECT_TRUE(words(u"").empty());
+}
+
+TEST(StringEnumeration, WordsReportEnclosingRangesUpToTheNextWord) {
+  std::u16string text = u"Hi, you there";
+  std::vector<Piece> expected{
+      {u"Hi", {0, 2}, {0, 4}}, {u"you", {4, 3}, {4, 4}}, {u"there", {8, 5}, {8, 5}}};
+  EXPECT_EQ(pieces(text, StringEnumerationByWords), expected);
+  std::reverse(expected.begin(), expected.end());
+  EXPECT_EQ(pieces(text, StringEnumerationByWords | StringEnumerationReverse), expected);
+  auto bare =
+      pieces(text, StringEnumerationByWords | StringEnumerationSubstringNotRequired | 0x400);
+  ASSERT_EQ(bare.size(), 3u);
+  EXPECT_EQ(bare[1].text, u"");
+  EXPECT_EQ(bare[1].range, (Range{4, 3}));
+  // A range cuts words at its edges.
+  EXPECT_EQ(words(u"Hello"), (std::vector<std::u16string>{u"Hello"}));
+  EXPECT_EQ(pieces(u"Hello there", StringEnumerationByWords, Range{1, 6}),
+            (std::vector<Piece>{{u"ello", {1, 4}, {1, 5}}, {u"t", {6, 1}, {6, 1}}}));
+}
+
+TEST(StringEnumeration, StopEndsTheWalkInEitherDirection) {
+  for (uint32_t direction : {0u, uint32_t{StringEnumerationReverse}}) {
+    std::vector<std::u16string> seen;
+    enumerateSubstringsInRange(u"one two three", Range{0, 13}, StringEnumerationByWords | direction,
+                               [&](std::u16string_view s, Range, Range, bool &stop) {
+                                 seen.emplace_back(s);
+                                 stop = true;
+                               });
+    EXPECT_EQ(seen, (std::vector<std::u16string>{direction ? u"three" : u"one"}));
+  }
+}
+
+TEST(StringEnumeration, CountsIdeographsAndKanaAsWords) {
+  auto found = words(u"東京は 晴れ。ABC");
+  ASSERT_GE(found.size(), 3u);
+  EXPECT_EQ(found.back(), u"ABC");
+  for (auto &w : found)
+    EXPECT_EQ(w.find(u'。'), std::u16string::npos);
+  EXPECT_EQ(countWords(u"東京は 晴れ。ABC", Range{0, 11}), found.size());
+}
+
+TEST(StringEnumeration, ComposedCharactersAndSentences) {
+  EXPECT_EQ(pieces(u"e\u0301😀x", StringEnumerationByComposedCharacterSequences),
+            (std::vector<Piece>{
+                {u"e\u0301", {0, 2}, {0, 2}}, {u"😀", {2, 2}, {2, 2}}, {u"x", {4, 1}, {4, 1}}}));
+  EXPECT_EQ(pieces(u"One. Two?\nThree", StringEnumerationBySentences),
+            (std::vector<Piece>{{u"One.", {0, 4}, {0, 5}},
+                                {u"Two?", {5, 4}, {5, 5}},
+                                {u"Three", {10, 5}, {10, 5}}}));
+  EXPECT_EQ(pieces(u"ab", StringEnumerationByComposedCharacterSequences | StringEnumerationReverse)
+                .front()
+                .text,
+            u"b");
+}
+
+TEST(StringWords, CountsWordsInAClippedRange) {
+  std::u16string text = u"The cat's 2 hats, don't they?";
+  EXPECT_EQ(countWords(text, Range{0, text.size()}), 6u);
+  EXPECT_EQ(countWords(text, Range{4, 1000}), 5u);
+  EXPECT_EQ(countWords(text, Range{1000, 5}), 0u);
+  EXPECT_EQ(countWords(text, Range{3, 1}), 0u);
+}
+
+TEST(StringWords, NextWordFromIndexMovesToWordEdges) {
+  std::u16string text = u"Hello, world"; // H0 o4 ,5 ␠6 w7 d11
+  EXPECT_EQ(nextWordFromIndex(text, 0, true), 5u);
+  EXPECT_EQ(nextWordFromIndex(text, 3, true), 5u);
+  EXPECT_EQ(nextWordFromIndex(text, 5, true), 12u);
+  EXPECT_EQ(nextWordFromIndex(text, 7, true), 12u);
+  EXPECT_EQ(nextWordFromIndex(text, 12, true), 12u);
+  EXPECT_EQ(nextWordFromIndex(text, 99, true), 12u);
+  EXPECT_EQ(nextWordFromIndex(text, 12, false), 7u);
+  EXPECT_EQ(nextWordFromIndex(text, 9, false), 7u);
+  EXPECT_EQ(nextWordFromIndex(text, 7, false), 0u);
+  EXPECT_EQ(nextWordFromIndex(text, 5, false), 0u);
+  EXPECT_EQ(nextWordFromIndex(text, 0, false), 0u);
+  EXPECT_EQ(nextWordFromIndex(text, 99, false), 7u);
+  EXPECT_EQ(nextWordFromIndex(u"Hi!!", 2, true), 4u);
+  EXPECT_EQ(nextWordFromIndex(u"  Hi", 2, false), 0u);
+  EXPECT_EQ(nextWordFromIndex(u"", 0, true), 0u);
+  // Words cut by dictionary: the edges of the run, which its recount needs whole.
+  std::u16string japanese = u"私は日本語を話します。はい";
+  EXPECT_EQ(nextWordFromIndex(japanese, 3, true), 10u);
+  EXPECT_EQ(nextWordFromIndex(japanese, 3, false), 0u);
+  EXPECT_EQ(nextWordFromIndex(japanese, 12, false), 11u);
+  EXPECT_EQ(nextWordFromIndex(japanese, 10, true), 13u);
+}
+
+// A running count kept the way a text storage keeps it: only the words around each edit are
+// counted, before and after. It must always equal a full count.
+TEST(StringWords, LocalRecountsAroundEditsMatchAFullCount) {
+  std::mt19937 random(11);
+  // Kana and ideographs are cut by dictionary, across their whole run.
+  const std::u16string alphabet = u"abcxyz  ..,,''-\n19é東京はカナ。";
+  std::u16string text = u"It's a test, don't worry. 3.5 apples\nand more";
+  uint64_t count = countWords(text, Range{0, text.size()});
+  for (int step = 0; step < 1000; ++step) {
+    uint64_t location = random() % (text.size() + 1);
+    uint64_t length = std::min<uint64_t>(random() % 4, text.size() - location);
+    std::u16string insert;
+    for (uint32_t n = random() % 4; n > 0; --n)
+      insert += alphabet[random() % alphabet.size()];
+    uint64_t start = nextWordFromIndex(text, location, false);
+    uint64_t end = nextWordFromIndex(text, location + length, true);
+    count -= countWords(text, Range{start, end - start});
+    text.replace(location, length, insert);
+    count += countWords(text, Range{start, end - start + insert.size() - length});
+    ASSERT_EQ(count, countWords(text, Range{0, text.size()})) << toUTF8(text) << " @" << step;
+  }
+}
+
+TEST(StringFormat, FormsUsedForNamesAndMeasures) {
+  EXPECT_EQ(format(u"%@_%ld", u"Scene", 3), u"Scene_3");
+  EXPECT_EQ(format(u"%2.1f pt", 12.0), u"12.0 pt");
+  EXPECT_EQ(format(u"%1.3f", 0.5), u"0.500");
+  EXPECT_EQ(format(u"%2.2d:%2.2d:%2.2d", 1, 2, 33), u"01:02:33");
+  EXPECT_EQ(format(u"#%2.2x%2.2x%2.2x", 255, 0, 16), u"#ff0010");
+  EXPECT_EQ(format(u"%4.4x|%02d|%-5s|%5s", 255, 5, u"ab", u"cd"), u"00ff|05|ab   |   cd");
+  EXPECT_EQ(format(u"_%x_", 32), u"_20_");
+  EXPECT_EQ(format(u"%@-%d.%@", u"file", 2, u"txt"), u"file-2.txt");
+  EXPECT_EQ(format(u"%%d is %d%%", 7), u"%d is 7%");
+}
+
+TEST(StringFormat, IntegerConversionsTakeTheArgumentsValue) {
+  EXPECT_EQ(format(u"%ld %d", 3.7, -3.7), u"3 -3");
+  EXPECT_EQ(format(u"%d", u"42abc"), u"42");
+  EXPECT_EQ(format(u"%d", Value(true)), u"1");
+  EXPECT_EQ(format(u"%x %lx", -1, -1), u"ffffffff ffffffffffffffff");
+  EXPECT_EQ(format(u"%X %o %u", 255, 8, 7u), u"FF 10 7");
+  EXPECT_EQ(format(u"%lu %llu", UINT64_MAX, uint64_t{1} << 40),
+            u"18446744073709551615 1099511627776");
+  EXPECT_EQ(format(u"%zu %zd %li %lld", size_t{5}, -5, 6L, -7LL), u"5 -5 6 -7");
+  EXPECT_EQ(format(u"%d", int64_t{1} << 32 | 9), u"9"); // %d is 32 bits wide
+  EXPECT_EQ(format(u"%+d % d", 4, 4), u"+4  4");
+}
+
+TEST(StringFormat, RealsCharactersAndStrings) {
+  EXPECT_EQ(format(u"%f", 2), u"2.000000");
+  EXPECT_EQ(format(u"%e|%g|%g", 12345.0, 0.0001, 1e20), u"1.234500e+04|0.0001|1e+20");
+  EXPECT_EQ(format(u"%.2f", u"3.14159"), u"3.14");
+  EXPECT_EQ(format(u"%c%C%C", 65, u'é', char16_t{0x2029}), u"Aé\u2029");
+  EXPECT_EQ(format(u"%s and %@", u"text", Value(2.5)), u"text and 2.5");
+  EXPECT_EQ(format(u"[%.3@]", u"abcdef"), u"[abc]");
+  auto array = Array::create({1, 2});
+  EXPECT_EQ(format(u"%@", array), array->description());
+}
+
+TEST(StringFormat, MissingExtraAndPositionalArguments) {
+  EXPECT_EQ(format(u"%@ %s %d %f|%C|"), u"(null) (null) 0 0.000000||");
+  EXPECT_EQ(format(u"%@", Value()), u"(null)");
+  EXPECT_EQ(format(u"%d", 1, 2, 3), u"1");
+  EXPECT_EQ(format(u"%2$@ %1$@ %2$@", u"a", u"b"), u"b a b");
+  EXPECT_EQ(format(u"%*d|%-*d|", 4, 7, 3, 8), u"   7|8  |");
+  EXPECT_EQ(format(u"%p", Value()), u"0x0");
+}
+
+TEST(StringFormat, MalformedConversionsStayAsWritten) {
+  EXPECT_EQ(format(u"50%"), u"50%");
+  EXPECT_EQ(format(u"%y %d", 5), u"%y 5");
+  EXPECT_EQ(format(u"%l"), u"%l");
+  EXPECT_EQ(format(u"%99999999999d", 1).size(), 65536u); // widths are bounded
+}
+
+TEST(StringFormat, UUIDStringsAreFreshAndUpperCase) {
+  std::u16string a = UUIDString(), b = UUIDString();
+  ASSERT_EQ(a.size(), 36u);
+  EXPECT_NE(a, b);
+  for (size_t i : {8, 13, 18, 23})
+    EXPECT_EQ(a[i], u'-');
+  EXPECT_EQ(a[14], u'4'); // random, version 4
+  EXPECT_EQ(a, uppercaseString(a));
+}
