@@ -113,7 +113,7 @@ std::u16string removingAll(Line line, std::u16string_view first, std::u16string_
 }
 
 std::u16string titleKey(std::u16string_view directive) {
-  std::u16string key = detail::lowercased(directive);
+  std::u16string key = ns::lowercaseString(directive);
   if (key == u"author")
     key = u"authors";
   return key;

@@ -5,6 +5,7 @@
 #include "ns/Dictionary.h"
 #include "ns/FileManager.h"
 #include "ns/RegularExpression.h"
+#include "ns/String.h"
 #include "ns/StringEncoding.h"
 
 #include <array>
@@ -90,7 +91,7 @@ void protectLineFeeds(std::u16string &text, std::u16string_view pattern) {
 }
 
 std::u16string titleKey(std::u16string_view directive) {
-  std::u16string key = detail::lowercased(directive);
+  std::u16string key = ns::lowercaseString(directive);
   if (key == u"author" || key == u"author(s)")
     key = u"authors";
   return key;

@@ -1,30 +1,10 @@
-// Lower case and literal replacement for the Fountain parsers.
+// Literal replacement for the Fountain parsers, linear whatever the text.
 #include "converters/fountain/FountainText.h"
-
-#include <unicode/ustring.h>
 
 #include <cstdint>
 #include <vector>
 
 namespace vl::detail {
-
-std::u16string lowercased(std::u16string_view text) {
-  std::u16string result(text.size(), u'\0');
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t length = u_strToLower(result.data(), static_cast<int32_t>(result.size()), text.data(),
-                                  static_cast<int32_t>(text.size()), "", &status);
-    if (status == U_BUFFER_OVERFLOW_ERROR) {
-      result.assign(static_cast<size_t>(length), u'\0');
-      continue;
-    }
-    if (U_FAILURE(status))
-      return std::u16string(text);
-    result.resize(static_cast<size_t>(length));
-    return result;
-  }
-  return std::u16string(text);
-}
 
 void replaceAllOccurrences(std::u16string &text, std::u16string_view target,
                            std::u16string_view replacement) {

@@ -39,9 +39,6 @@ inline std::u16string_view trimmedBlanks(std::u16string_view text) {
   return trimmedBy(text, isBlank);
 }
 
-/// Lower case in the root locale.
-std::u16string lowercased(std::u16string_view text);
-
 /// Replaces every occurrence of `target` (leftmost first, not overlapping) by `replacement`.
 /// Linear in the text and the target whatever their content; an empty target changes nothing.
 void replaceAllOccurrences(std::u16string &text, std::u16string_view target,
