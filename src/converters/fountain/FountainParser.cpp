@@ -8,6 +8,7 @@
 #include "ns/String.h"
 #include "ns/StringEncoding.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -104,8 +105,8 @@ std::optional<std::u16string> readFile(std::u16string_view path) {
   return ns::stringWithData(*bytes, nullptr);
 }
 
-// The text without leading line feeds, and the length of its first block up to and including
-// the first of two line feeds, if that block is a title page.
+// The length of the first block of `text` (which starts with no line feed), up to and
+// including the first of two line feeds, when that block is a title page.
 std::optional<size_t> titlePageLength(std::u16string_view text) {
   size_t blank = text.find(u"\n\n");
   if (blank == std::u16string_view::npos)
