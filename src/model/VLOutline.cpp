@@ -1,6 +1,7 @@
 // Outline entries: construction, description, copying, keyed and key-value coding.
 #include "model/VLOutline.h"
 
+#include "ns/MutableAttributedString.h"
 #include "ns/String.h"
 
 #include <cstdint>
@@ -48,8 +49,10 @@ ns::ObjectPtr VLOutline::copy() const {
   entry->_wordCount = _wordCount;
   entry->_wordCountIncludingChildren = _wordCountIncludingChildren;
   entry->_textTransform = _textTransform;
-  if (_attributedString)
-    entry->_attributedString = _attributedString->copy();
+  entry->_attributedString = _attributedString;
+  if (dynamic_cast<const ns::MutableAttributedString *>(_attributedString.get()))
+    entry->_attributedString =
+        std::static_pointer_cast<ns::AttributedString>(_attributedString->copy());
   return entry;
 }
 
@@ -70,7 +73,7 @@ void VLOutline::initWithCoder(ns::KeyedUnarchiver &coder) {
   _range = ns::RangeFromString(coder.decodeObjectForKey(u"range").string());
   _level = coder.decodeIntegerForKey(u"level");
   _title = optionalString(coder.decodeObjectForKey(u"title"));
-  _attributedString = coder.decodeObjectForKey(u"attributedString").object();
+  _attributedString = coder.decodeObjectForKey(u"attributedString").as<ns::AttributedString>();
   _wordCount = widened(coder.decodeInt32ForKey(u"wordCount"));
   _wordCountIncludingChildren = widened(coder.decodeInt32ForKey(u"wordCountIncludingChildren"));
   _textTransform = coder.decodeInt32ForKey(u"textTransform");
@@ -120,7 +123,7 @@ bool VLOutline::kvcSetValueForKey(std::u16string_view key, const ns::Value &valu
   else if (key == u"textTransform")
     _textTransform = value.integerValue();
   else if (key == u"attributedString")
-    _attributedString = value.object();
+    _attributedString = value.as<ns::AttributedString>();
   else
     return Object::kvcSetValueForKey(key, value);
   return true;

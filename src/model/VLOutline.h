@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/VLRangeHolder.h"
+#include "ns/AttributedString.h"
 #include "ns/KeyedArchiver.h"
 #include "ns/Object.h"
 #include "ns/Range.h"
@@ -71,15 +72,15 @@ public:
   int64_t textTransform() const { return _textTransform; }
   void setTextTransform(int64_t transform) { _textTransform = transform; }
   /// Text carried for the host; may be nil.
-  const ns::ObjectPtr &attributedString() const { return _attributedString; }
-  void setAttributedString(ns::ObjectPtr attributedString) {
+  const ns::AttributedStringPtr &attributedString() const { return _attributedString; }
+  void setAttributedString(ns::AttributedStringPtr attributedString) {
     _attributedString = std::move(attributedString);
   }
 
   /// "%p %@ (%ld) - \"%@\"": the entry, its range as text, its level and its title.
   std::u16string description() const override;
-  /// A new entry with every field, the flag included; the carried text is copied (a snapshot,
-  /// so that a mutable text is not shared).
+  /// A new entry with every field, the flag included. An immutable carried text is shared; a
+  /// mutable one is copied, so that editing it does not change the copy.
   ns::ObjectPtr copy() const override;
 
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
@@ -99,7 +100,7 @@ private:
   uint64_t _wordCount = 0;
   uint64_t _wordCountIncludingChildren = 0;
   int64_t _textTransform = 0;
-  ns::ObjectPtr _attributedString;
+  ns::AttributedStringPtr _attributedString;
   ns::Range _range;
 };
 

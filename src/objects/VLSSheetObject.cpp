@@ -1,7 +1,11 @@
 // Sheet objects: the pasteboard form, the editor's calls and key-value coding.
 #include "objects/VLSSheetObject.h"
 
+#include "ns/AttributeNames.h"
+#include "ns/AttributedString.h"
+#include "ns/Font.h"
 #include "ns/Log.h"
+#include "ns/ParagraphStyle.h"
 #include "ns/String.h"
 #include "ns/TextView.h"
 
@@ -47,6 +51,15 @@ ns::DictionaryPtr VLSSheetObject::dictionaryValue() const {
 
 ns::Value VLSSheetObject::pasteboardPropertyListForType(std::u16string_view) const {
   return ns::Value(dictionaryValue());
+}
+
+ns::AttributedStringPtr VLSSheetObject::attributedString() const {
+  auto attributes = ns::Dictionary::create();
+  // setObject leaves the font out when the catalogue has none at all.
+  attributes->setObject(ns::Value(ns::Font::userFontOfSize(12.0)), ns::FontAttributeName);
+  attributes->setObject(ns::Value(ns::ParagraphStyle::defaultParagraphStyle()),
+                        ns::ParagraphStyleAttributeName);
+  return ns::AttributedString::create(_type.value_or(std::u16string()), attributes);
 }
 
 void VLSSheetObject::updateRange(ns::Range, ns::TextView *) {}

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/VLConstants.h"
+#include "ns/AttributedString.h"
 #include "ns/Dictionary.h"
 #include "ns/Geometry.h"
 #include "ns/Object.h"
@@ -17,7 +18,6 @@
 #include <vector>
 
 namespace vl::ns {
-class AttributedString;
 class TextStorage;
 class TextView;
 } // namespace vl::ns
@@ -73,7 +73,7 @@ public:
 
   /// The type text in the user font of size 12 with the default paragraph style; empty text
   /// when there is no type.
-  std::shared_ptr<ns::AttributedString> attributedString() const;
+  ns::AttributedStringPtr attributedString() const;
 
   // The editor's calls. Virtual, so that a host's concrete field can do more.
 
