@@ -1,6 +1,7 @@
 // Outline entries: construction, description, copying, keyed and key-value coding.
 #include "model/VLOutline.h"
 
+#include "model/VLOptionalString.h"
 #include "ns/MutableAttributedString.h"
 #include "ns/String.h"
 
@@ -11,16 +12,6 @@ namespace vl {
 VL_REGISTER_CLASS(VLOutline);
 
 namespace {
-
-ns::Value valueOf(const std::optional<std::u16string> &text) {
-  return text ? ns::Value(*text) : ns::Value();
-}
-
-std::optional<std::u16string> optionalString(const ns::Value &value) {
-  if (value.isString())
-    return value.string();
-  return std::nullopt;
-}
 
 // A count archived in 32 bits comes back as a C assignment of the int32 would give it.
 uint64_t widened(int32_t value) {
@@ -38,7 +29,7 @@ VLOutlinePtr VLOutline::entryWithRange(ns::Range range, int64_t level) {
 std::u16string VLOutline::description() const {
   auto address = reinterpret_cast<uintptr_t>(static_cast<const Object *>(this));
   return ns::format(u"%p %@ (%ld) - \"%@\"", address, ns::StringFromRange(_range), _level,
-                    valueOf(_title));
+                    valueOfOptionalString(_title));
 }
 
 ns::ObjectPtr VLOutline::copy() const {
@@ -57,10 +48,10 @@ ns::ObjectPtr VLOutline::copy() const {
 }
 
 void VLOutline::encodeWithCoder(ns::KeyedArchiver &coder) const {
-  coder.encodeObject(valueOf(_identifier), u"identifier");
+  coder.encodeObject(valueOfOptionalString(_identifier), u"identifier");
   coder.encodeObject(ns::Value(ns::StringFromRange(_range)), u"range");
   coder.encodeInteger(_level, u"level");
-  coder.encodeObject(valueOf(_title), u"title");
+  coder.encodeObject(valueOfOptionalString(_title), u"title");
   coder.encodeObject(ns::Value(_attributedString), u"attributedString");
   coder.encodeInt32(static_cast<int32_t>(_wordCount), u"wordCount");
   coder.encodeInt32(static_cast<int32_t>(_wordCountIncludingChildren),
@@ -69,10 +60,10 @@ void VLOutline::encodeWithCoder(ns::KeyedArchiver &coder) const {
 }
 
 void VLOutline::initWithCoder(ns::KeyedUnarchiver &coder) {
-  _identifier = optionalString(coder.decodeObjectForKey(u"identifier"));
+  _identifier = optionalStringOfValue(coder.decodeObjectForKey(u"identifier"));
   _range = ns::RangeFromString(coder.decodeObjectForKey(u"range").string());
   _level = coder.decodeIntegerForKey(u"level");
-  _title = optionalString(coder.decodeObjectForKey(u"title"));
+  _title = optionalStringOfValue(coder.decodeObjectForKey(u"title"));
   _attributedString = coder.decodeObjectForKey(u"attributedString").as<ns::AttributedString>();
   _wordCount = widened(coder.decodeInt32ForKey(u"wordCount"));
   _wordCountIncludingChildren = widened(coder.decodeInt32ForKey(u"wordCountIncludingChildren"));
@@ -83,13 +74,13 @@ void VLOutline::initWithCoder(ns::KeyedUnarchiver &coder) {
 
 bool VLOutline::kvcValueForKey(std::u16string_view key, ns::Value &value) {
   if (key == u"identifier")
-    value = valueOf(_identifier);
+    value = valueOfOptionalString(_identifier);
   else if (key == u"range")
     value = ns::StringFromRange(_range);
   else if (key == u"level")
     value = _level;
   else if (key == u"title")
-    value = valueOf(_title);
+    value = valueOfOptionalString(_title);
   else if (key == u"wordCount")
     value = _wordCount;
   else if (key == u"wordCountNeedsUpdate")
@@ -107,13 +98,13 @@ bool VLOutline::kvcValueForKey(std::u16string_view key, ns::Value &value) {
 
 bool VLOutline::kvcSetValueForKey(std::u16string_view key, const ns::Value &value) {
   if (key == u"identifier")
-    _identifier = optionalString(value);
+    _identifier = optionalStringOfValue(value);
   else if (key == u"range")
     _range = ns::RangeFromString(value.stringValue());
   else if (key == u"level")
     _level = value.integerValue();
   else if (key == u"title")
-    _title = optionalString(value);
+    _title = optionalStringOfValue(value);
   else if (key == u"wordCount")
     _wordCount = value.unsignedIntegerValue();
   else if (key == u"wordCountNeedsUpdate")

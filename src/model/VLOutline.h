@@ -32,7 +32,8 @@ using VLOutlinePtr = std::shared_ptr<VLOutline>;
 /// ns::StringFromRange gives it), "level" (integer), "title", "attributedString" (objects),
 /// "wordCount", "wordCountIncludingChildren", "textTransform" (32-bit integers: a count above
 /// 2147483647 does not survive). The flag is not archived: a decoded entry always needs a
-/// recount. Key-value coding reaches every property by its name ("range" as "{a, b}" text).
+/// recount. Key-value coding reaches every property by its name ("range" as "{a, b}" text);
+/// a value that is not text sets a text property to nil, and nil sets a number to 0.
 class VLOutline : public ns::Object, public ns::Coding, public VLRangeHolder {
 public:
   VL_OBJECT(VLOutline)

@@ -1,6 +1,7 @@
 // Sheet objects: the pasteboard form, the editor's calls and key-value coding.
 #include "objects/VLSSheetObject.h"
 
+#include "model/VLOptionalString.h"
 #include "ns/AttributeNames.h"
 #include "ns/AttributedString.h"
 #include "ns/Font.h"
@@ -13,11 +14,8 @@ namespace vl {
 
 VLSSheetObjectPtr VLSSheetObject::createWithDictionary(const ns::Dictionary *dictionary) {
   auto object = std::make_shared<VLSSheetObject>();
-  if (dictionary) {
-    const ns::Value &type = dictionary->objectForKey(u"type");
-    if (type.isString())
-      object->_type = type.string();
-  }
+  if (dictionary)
+    object->_type = optionalStringOfValue(dictionary->objectForKey(u"type"));
   // A pasted field starts as an inline field; the host makes it a block where it lands.
   object->_isBlock = false;
   return object;
@@ -110,7 +108,7 @@ bool VLSSheetObject::kvcValueForKey(std::u16string_view key, ns::Value &value) {
   else if (key == u"objectValue")
     value = _objectValue;
   else if (key == u"type")
-    value = _type ? ns::Value(*_type) : ns::Value();
+    value = valueOfOptionalString(_type);
   else
     return Object::kvcValueForKey(key, value);
   return true;
@@ -124,7 +122,7 @@ bool VLSSheetObject::kvcSetValueForKey(std::u16string_view key, const ns::Value 
   else if (key == u"objectValue")
     _objectValue = value;
   else if (key == u"type")
-    _type = value.isString() ? std::optional<std::u16string>(value.string()) : std::nullopt;
+    _type = optionalStringOfValue(value);
   else
     return Object::kvcSetValueForKey(key, value);
   return true;

@@ -1,6 +1,7 @@
 // Text markers: construction, copying, description, keyed and key-value coding.
 #include "objects/VLSTextMarker.h"
 
+#include "model/VLOptionalString.h"
 #include "ns/String.h"
 
 namespace vl {
@@ -8,16 +9,6 @@ namespace vl {
 VL_REGISTER_CLASS(VLSTextMarker);
 
 namespace {
-
-ns::Value valueOf(const std::optional<std::u16string> &text) {
-  return text ? ns::Value(*text) : ns::Value();
-}
-
-std::optional<std::u16string> optionalString(const ns::Value &value) {
-  if (value.isString())
-    return value.string();
-  return std::nullopt;
-}
 
 std::u16string stringFromSize(ns::Size size) {
   return u"{" + ns::stringFromDouble(size.width) + u", " + ns::stringFromDouble(size.height) + u"}";
@@ -71,7 +62,7 @@ ns::ObjectPtr VLSTextMarker::copy() const {
 
 std::u16string VLSTextMarker::description() const {
   return Object::description() +
-         ns::format(u" %@ %@", valueOf(_identifier), ns::StringFromRange(_range));
+         ns::format(u" %@ %@", valueOfOptionalString(_identifier), ns::StringFromRange(_range));
 }
 
 void VLSTextMarker::encodeWithCoder(ns::KeyedArchiver &coder) const {
@@ -80,7 +71,7 @@ void VLSTextMarker::encodeWithCoder(ns::KeyedArchiver &coder) const {
   coder.encodeInt32(static_cast<int32_t>(_textMarkerType), u"textMarkerType");
   coder.encodeInt32(static_cast<int32_t>(_textMarkerLocation), u"textMarkerLocation");
   coder.encodeBool(_canDelete, u"canDelete");
-  coder.encodeObject(valueOf(_identifier), u"identifier");
+  coder.encodeObject(valueOfOptionalString(_identifier), u"identifier");
   coder.encodeObject(_representedObject, u"representedObject");
   coder.encodeObject(_date ? ns::Value(*_date) : ns::Value(), u"date");
 }
@@ -93,7 +84,7 @@ void VLSTextMarker::initWithCoder(ns::KeyedUnarchiver &coder) {
   _textMarkerLocation =
       static_cast<uint64_t>(int64_t{coder.decodeInt32ForKey(u"textMarkerLocation")});
   _canDelete = coder.decodeBoolForKey(u"canDelete");
-  _identifier = optionalString(coder.decodeObjectForKey(u"identifier"));
+  _identifier = optionalStringOfValue(coder.decodeObjectForKey(u"identifier"));
   _representedObject = coder.decodeObjectForKey(u"representedObject");
   ns::Value date = coder.decodeObjectForKey(u"date");
   _date = date.isDate() ? std::optional<ns::Date>(date.date()) : std::nullopt;
@@ -105,7 +96,7 @@ bool VLSTextMarker::kvcValueForKey(std::u16string_view key, ns::Value &value) {
   else if (key == u"representedObject")
     value = _representedObject;
   else if (key == u"identifier")
-    value = valueOf(_identifier);
+    value = valueOfOptionalString(_identifier);
   else if (key == u"date")
     value = _date ? ns::Value(*_date) : ns::Value();
   else if (key == u"textMarkerType")
@@ -127,7 +118,7 @@ bool VLSTextMarker::kvcSetValueForKey(std::u16string_view key, const ns::Value &
   else if (key == u"representedObject")
     _representedObject = value;
   else if (key == u"identifier")
-    _identifier = optionalString(value);
+    _identifier = optionalStringOfValue(value);
   else if (key == u"date")
     _date = value.isDate() ? std::optional<ns::Date>(value.date()) : std::nullopt;
   else if (key == u"textMarkerType")

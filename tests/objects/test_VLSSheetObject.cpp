@@ -80,23 +80,13 @@ TEST(VLSSheetObject, ReadingAcceptsAnyContent) {
       VLSSheetObject::createWithDictionary(ns::Dictionary::create({{u"type", Value(3)}}).get());
   EXPECT_FALSE(numbered->type());
   EXPECT_FALSE(VLSSheetObject::createWithDictionary(nullptr)->type());
+  EXPECT_FALSE(VLSSheetObject().dictionaryValue()->containsKey(u"type"))
+      << "no type is left out, not written as nil";
 
   EXPECT_EQ(VLSSheetObject::readingOptionsForType(VLSSheetObjectPasteboardType, nullptr),
             uint64_t{ns::PasteboardReadingAsPropertyList});
   EXPECT_EQ(VLSSheetObject::readableTypesForPasteboard(nullptr),
             VLSSheetObject().writableTypesForPasteboard(nullptr));
-}
-
-TEST(VLSSheetObject, DictionaryValue) {
-  auto dictionary = field(VLSSheetObjectTypePropertyList, false)->dictionaryValue();
-  EXPECT_EQ(dictionary->count(), 2u);
-  EXPECT_EQ(dictionary->objectForKey(u"isBlock"), Value(false));
-  EXPECT_TRUE(ns::PropertyListSerialization::propertyListIsValidForFormat(
-      Value(dictionary), ns::PropertyListBinaryFormat_v1_0));
-
-  auto untyped = VLSSheetObject().dictionaryValue();
-  EXPECT_FALSE(untyped->containsKey(u"type")) << "no type is left out, not written as nil";
-  EXPECT_TRUE(VLSSheetObject().pasteboardPropertyListForType(u"any").dictionary());
 }
 
 TEST(VLSSheetObject, ChangesMustLieWhollyInside) {
@@ -152,13 +142,4 @@ TEST(VLSSheetObject, NeedsUpdateIsStoredAndLogged) {
   EXPECT_EQ(lines[0].rfind("0x", 0), 0u);
   EXPECT_NE(lines[0].find(" needsUpdate:1"), std::string::npos) << lines[0];
   EXPECT_NE(lines[1].find(" needsUpdate:0"), std::string::npos) << lines[1];
-}
-
-TEST(VLSSheetObject, KeyValueCoding) {
-  auto object = field(VLSSheetObjectTypeTokenField, true);
-  EXPECT_EQ(object->valueForKey(u"type"), Value(VLSSheetObjectTypeTokenField));
-  EXPECT_EQ(object->valueForKey(u"isBlock"), Value(true));
-  auto bound = ns::Dictionary::create();
-  object->setValueForKey(Value(bound), u"objectValue");
-  EXPECT_EQ(object->objectValue().object(), bound) << "the bound object is held, not copied";
 }

@@ -144,20 +144,12 @@ TEST(VLSTextMarker, MarkerSharedByReferencesAndAnArrayDecodesOnce) {
 
 TEST(VLSTextMarker, KeyValueCoding) {
   auto marker = comment(u"comment2", MakeRange(4, 2));
-  EXPECT_EQ(marker->valueForKey(u"identifier"), Value(u"comment2"));
-  EXPECT_EQ(marker->valueForKey(u"textMarkerType"), Value(1));
-  EXPECT_EQ(marker->valueForKey(u"range"), Value(u"{4, 2}"));
   EXPECT_EQ(marker->valueForKey(u"imageSize"), Value(u"{12, 12}"));
   EXPECT_EQ(marker->valueForKeyPath(u"representedObject"), Value(u"Fix this line"));
-
   marker->setValueForKey(Value(u"{1.5, 40}"), u"imageSize");
   marker->setValueForKey(Value(u"{9, 1}"), u"range");
-  marker->setValueForKey(Value(2), u"textMarkerLocation");
-  marker->setValueForKey(Value(), u"identifier");
   EXPECT_EQ(marker->imageSize(), ns::MakeSize(1.5, 40));
   EXPECT_EQ(marker->range(), MakeRange(9, 1));
-  EXPECT_EQ(marker->textMarkerLocation(), 2u);
-  EXPECT_FALSE(marker->identifier());
 }
 
 TEST(VLSTextMarker, MarkersSurviveCopiesOfTheirText) {
