@@ -91,10 +91,11 @@ public:
   void setImageSize(ns::Size size) { _imageSize = size; }
 
   /// copyWithZone:. A new marker with every field, and a copy of the represented object
-  /// (Object::copy for objects, so a dictionary is copied one level deep; values other than
-  /// objects are values already). A represented object that cannot be copied fails the
-  /// internal check of Object::copy.
+  /// (Object::copy for objects, so a dictionary becomes a new dictionary of the same values;
+  /// values other than objects are values already). A represented object that cannot be
+  /// copied fails the internal check of Object::copy.
   ns::ObjectPtr copy() const override;
+  /// copy(), typed.
   std::shared_ptr<VLSTextMarker> copyMarker() const;
   /// The base description, then " %@ %@" with the identifier and the range as text.
   std::u16string description() const override;
