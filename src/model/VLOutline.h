@@ -46,8 +46,9 @@ public:
   static VLOutlinePtr entryWithRange(ns::Range range, int64_t level);
 
   /// The stable identifier that links to the entry (an XML id in HTML, a scene in FDX and
-  /// Fountain). A new entry has none: whoever makes the entry names it, with a fresh unique
-  /// id or a numbered "scene%d", since only the document knows which names are taken.
+  /// Fountain). A new entry has none: whoever makes the entry names it, with a fresh
+  /// uniqueID() (VLStringAdditions.h) or a numbered "scene%d", since only the document knows
+  /// which names are taken.
   const std::optional<std::u16string> &identifier() const { return _identifier; }
   void setIdentifier(std::optional<std::u16string> identifier) {
     _identifier = std::move(identifier);
