@@ -178,3 +178,22 @@ TEST(VLSTextMarker, MarkersSurviveCopiesOfTheirText) {
   EXPECT_EQ(run, MakeRange(5, 3));
   EXPECT_EQ(second->range(), MakeRange(3, 3));
 }
+
+TEST(VLSTextMarker, ArchivedTextKeepsOneMarkerObjectPerMarker) {
+  auto marker = comment(u"comment1", MakeRange(0, 3));
+  auto text = ns::MutableAttributedString::create(u"abc def ghi");
+  text->addAttribute(VLSTextMarkerAttributeName, Value(marker), MakeRange(0, 3));
+  text->addAttribute(u"NSColor", Value(u"red"), MakeRange(1, 1)); // splits the marker's run
+  auto references = ns::Dictionary::create({{u"comment1", Value(marker)}});
+  auto decoded = roundTrip(Value(ns::Array::create({text, references}))).array();
+  ASSERT_TRUE(decoded);
+  auto copy = decoded->objectAtIndex(0).as<ns::MutableAttributedString>();
+  ASSERT_TRUE(copy);
+  auto copiedMarker = decoded->objectAtIndex(1).dictionary()->objectForKey(u"comment1");
+  ASSERT_TRUE(copiedMarker.as<VLSTextMarker>());
+  EXPECT_EQ(copy->attribute(VLSTextMarkerAttributeName, 0, nullptr).object(),
+            copiedMarker.object());
+  EXPECT_EQ(copy->attribute(VLSTextMarkerAttributeName, 2, nullptr).object(),
+            copiedMarker.object());
+  EXPECT_TRUE(copy->attribute(VLSTextMarkerAttributeName, 3, nullptr).isNil());
+}
