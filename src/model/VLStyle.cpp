@@ -114,6 +114,20 @@ std::optional<std::u16string> stringOrNil(const ns::Value &value) {
   return value.string();
 }
 
+ns::ArrayPtr tabStopArray(const std::vector<ns::TextTabPtr> &tabs) {
+  std::vector<ns::Value> values(tabs.begin(), tabs.end());
+  return ns::Array::create(std::move(values));
+}
+
+std::vector<ns::TextTabPtr> tabStopVector(const ns::Value &value) {
+  std::vector<ns::TextTabPtr> tabs;
+  if (ns::ArrayPtr array = value.array())
+    for (const ns::Value &tab : *array)
+      if (auto textTab = tab.as<ns::TextTab>())
+        tabs.push_back(std::move(textTab));
+  return tabs;
+}
+
 const std::array<std::u16string, VLStyleDefinesBitCount> &definesKeys() {
   static const auto keys = [] {
     std::array<std::u16string, VLStyleDefinesBitCount> out;
@@ -1006,404 +1020,101 @@ void VLStyle::initWithCoder(ns::KeyedUnarchiver &coder) {
 
 // Key-value coding.
 
-namespace {
-
-enum class StyleKey {
-  styleName,
-  displayName,
-  styleType,
-  parentStyle,
-  nextStyle,
-  tabStyle,
-  isDefaultStyle,
-  isAutomaticStyle,
-  isParagraphStyle,
-  isTextStyle,
-  properties,
-  paragraphStyle,
-  attributes,
-  alignment,
-  lineSpacing,
-  paragraphSpacingBefore,
-  paragraphSpacing,
-  headIndent,
-  tailIndent,
-  firstLineHeadIndent,
-  minimumLineHeight,
-  maximumLineHeight,
-  defaultTabInterval,
-  lineHeightMultiple,
-  hyphenationFactor,
-  headerLevel,
-  outlineLevel,
-  tighteningFactor,
-  pageBreakBefore,
-  pageBreakAfter,
-  keepWithNext,
-  avoidsWidowsAndOrphans,
-  tabStops,
-  baseWritingDirection,
-  paginationStyle,
-  font,
-  fontSize,
-  hasBoldFontWeight,
-  hasItalicFontStyle,
-  underlineStyle,
-  underlinePattern,
-  underlineMask,
-  underlineColor,
-  foregroundColor,
-  textTransform,
+struct VLStyle::KeyAccess {
+  std::u16string_view key;
+  ns::Value (*get)(VLStyle &style);
+  void (*set)(VLStyle &style, const ns::Value &value); // null: read only
 };
 
-std::optional<StyleKey> styleKey(std::u16string_view key) {
-  static const std::unordered_map<std::u16string_view, StyleKey> keys = {
-      {u"styleName", StyleKey::styleName},
-      {u"displayName", StyleKey::displayName},
-      {u"styleType", StyleKey::styleType},
-      {u"parentStyle", StyleKey::parentStyle},
-      {u"nextStyle", StyleKey::nextStyle},
-      {u"tabStyle", StyleKey::tabStyle},
-      {u"isDefaultStyle", StyleKey::isDefaultStyle},
-      {u"isAutomaticStyle", StyleKey::isAutomaticStyle},
-      {u"isParagraphStyle", StyleKey::isParagraphStyle},
-      {u"isTextStyle", StyleKey::isTextStyle},
-      {u"properties", StyleKey::properties},
-      {u"paragraphStyle", StyleKey::paragraphStyle},
-      {u"attributes", StyleKey::attributes},
-      {u"alignment", StyleKey::alignment},
-      {u"lineSpacing", StyleKey::lineSpacing},
-      {u"paragraphSpacingBefore", StyleKey::paragraphSpacingBefore},
-      {u"paragraphSpacing", StyleKey::paragraphSpacing},
-      {u"headIndent", StyleKey::headIndent},
-      {u"tailIndent", StyleKey::tailIndent},
-      {u"firstLineHeadIndent", StyleKey::firstLineHeadIndent},
-      {u"minimumLineHeight", StyleKey::minimumLineHeight},
-      {u"maximumLineHeight", StyleKey::maximumLineHeight},
-      {u"defaultTabInterval", StyleKey::defaultTabInterval},
-      {u"lineHeightMultiple", StyleKey::lineHeightMultiple},
-      {u"hyphenationFactor", StyleKey::hyphenationFactor},
-      {u"headerLevel", StyleKey::headerLevel},
-      {u"outlineLevel", StyleKey::outlineLevel},
-      {u"tighteningFactor", StyleKey::tighteningFactor},
-      {u"pageBreakBefore", StyleKey::pageBreakBefore},
-      {u"pageBreakAfter", StyleKey::pageBreakAfter},
-      {u"keepWithNext", StyleKey::keepWithNext},
-      {u"avoidsWidowsAndOrphans", StyleKey::avoidsWidowsAndOrphans},
-      {u"tabStops", StyleKey::tabStops},
-      {u"baseWritingDirection", StyleKey::baseWritingDirection},
-      {u"paginationStyle", StyleKey::paginationStyle},
-      {u"font", StyleKey::font},
-      {u"fontSize", StyleKey::fontSize},
-      {u"hasBoldFontWeight", StyleKey::hasBoldFontWeight},
-      {u"hasItalicFontStyle", StyleKey::hasItalicFontStyle},
-      {u"underlineStyle", StyleKey::underlineStyle},
-      {u"underlinePattern", StyleKey::underlinePattern},
-      {u"underlineMask", StyleKey::underlineMask},
-      {u"underlineColor", StyleKey::underlineColor},
-      {u"foregroundColor", StyleKey::foregroundColor},
-      {u"textTransform", StyleKey::textTransform},
+const VLStyle::KeyAccess *VLStyle::keyAccess(std::u16string_view key) {
+#define VL_KEY(name, getter, setter)                                                               \
+  KeyAccess {                                                                                      \
+    u"" #name, [](VLStyle &s) -> ns::Value { return getter; },                                     \
+        [](VLStyle &s, const ns::Value &v) { setter; }                                             \
+  }
+#define VL_READ_ONLY_KEY(name, getter)                                                             \
+  KeyAccess {                                                                                      \
+    u"" #name, [](VLStyle &s) -> ns::Value { return getter; }, nullptr                             \
+  }
+  static const KeyAccess keys[] = {
+    VL_KEY(styleName, optionalString(s._styleName), s.setStyleName(stringOrNil(v))),
+    VL_KEY(displayName, optionalString(s.displayName()), s.setDisplayName(stringOrNil(v))),
+    VL_KEY(styleType, s._styleType, s.setStyleType(v.integerValue())),
+    VL_KEY(parentStyle, s._parentStyle, s.setParentStyle(v.as<VLStyle>())),
+    VL_KEY(nextStyle, s._nextStyle, s.setNextStyle(v.as<VLStyle>())),
+    VL_KEY(tabStyle, s._tabStyle, s.setTabStyle(v.as<VLStyle>())),
+    VL_KEY(isDefaultStyle, s._isDefaultStyle, s.setIsDefaultStyle(v.boolValue())),
+    VL_KEY(isAutomaticStyle, s._isAutomaticStyle, s.setIsAutomaticStyle(v.boolValue())),
+    VL_READ_ONLY_KEY(isParagraphStyle, s.isParagraphStyle()),
+    VL_READ_ONLY_KEY(isTextStyle, s.isTextStyle()),
+    VL_READ_ONLY_KEY(attributes, s.attributes()),
+    VL_KEY(properties, s._properties,
+           s._properties = v.dictionary() ? v.dictionary() : ns::Dictionary::create()),
+    // The own paragraph style is never shared and never nil.
+    VL_KEY(paragraphStyle, s._paragraphStyle,
+           if (auto style = v.as<ns::ParagraphStyle>()) s._paragraphStyle =
+               style->mutableParagraphStyle()),
+    VL_KEY(alignment, int64_t(s.alignment()), s.setAlignment(ns::TextAlignment(v.integerValue()))),
+    VL_KEY(lineSpacing, s.lineSpacing(), s.setLineSpacing(v.doubleValue())),
+    VL_KEY(paragraphSpacingBefore, s.paragraphSpacingBefore(),
+           s.setParagraphSpacingBefore(v.doubleValue())),
+    VL_KEY(paragraphSpacing, s.paragraphSpacing(), s.setParagraphSpacing(v.doubleValue())),
+    VL_KEY(headIndent, s.headIndent(), s.setHeadIndent(v.doubleValue())),
+    VL_KEY(tailIndent, s.tailIndent(), s.setTailIndent(v.doubleValue())),
+    VL_KEY(firstLineHeadIndent, s.firstLineHeadIndent(), s.setFirstLineHeadIndent(v.doubleValue())),
+    VL_KEY(minimumLineHeight, s.minimumLineHeight(), s.setMinimumLineHeight(v.doubleValue())),
+    VL_KEY(maximumLineHeight, s.maximumLineHeight(), s.setMaximumLineHeight(v.doubleValue())),
+    VL_KEY(defaultTabInterval, s.defaultTabInterval(), s.setDefaultTabInterval(v.doubleValue())),
+    VL_KEY(lineHeightMultiple, s.lineHeightMultiple(), s.setLineHeightMultiple(v.doubleValue())),
+    VL_KEY(hyphenationFactor, s.hyphenationFactor(), s.setHyphenationFactor(v.doubleValue())),
+    VL_KEY(headerLevel, s.headerLevel(), s.setHeaderLevel(v.integerValue())),
+    VL_KEY(outlineLevel, s.outlineLevel(), s.setOutlineLevel(v.integerValue())),
+    VL_KEY(tighteningFactor, s.tighteningFactor(), s.setTighteningFactor(v.doubleValue())),
+    VL_KEY(pageBreakBefore, s.pageBreakBefore(), s.setPageBreakBefore(v.boolValue())),
+    VL_KEY(pageBreakAfter, s.pageBreakAfter(), s.setPageBreakAfter(v.boolValue())),
+    VL_KEY(keepWithNext, s.keepWithNext(), s.setKeepWithNext(v.boolValue())),
+    VL_KEY(avoidsWidowsAndOrphans, s.avoidsWidowsAndOrphans(),
+           s.setAvoidsWidowsAndOrphans(v.boolValue())),
+    VL_KEY(tabStops, tabStopArray(s.tabStops()), s.setTabStops(tabStopVector(v))),
+    VL_KEY(baseWritingDirection, int64_t(s.baseWritingDirection()),
+           s.setBaseWritingDirection(ns::WritingDirection(v.integerValue()))),
+    VL_KEY(paginationStyle, s.paginationStyle(), s.setPaginationStyle(v.integerValue())),
+    VL_KEY(font, s.font(), s.setFont(v.as<ns::Font>())),
+    VL_KEY(fontSize, s.fontSize(), s.setFontSize(v.doubleValue())),
+    VL_KEY(hasBoldFontWeight, s.hasBoldFontWeight(), s.setHasBoldFontWeight(v.boolValue())),
+    VL_KEY(hasItalicFontStyle, s.hasItalicFontStyle(), s.setHasItalicFontStyle(v.boolValue())),
+    VL_KEY(underlineStyle, s.underlineStyle(), s.setUnderlineStyle(v.integerValue())),
+    VL_KEY(underlinePattern, s.underlinePattern(), s.setUnderlinePattern(v.integerValue())),
+    VL_KEY(underlineMask, s.underlineMask(), s.setUnderlineMask(v.integerValue())),
+    VL_KEY(underlineColor, s.underlineColor(), s.setUnderlineColor(v.as<ns::Color>())),
+    VL_KEY(foregroundColor, s.foregroundColor(), s.setForegroundColor(v.as<ns::Color>())),
+    VL_KEY(textTransform, s.textTransform(), s.setTextTransform(v.integerValue())),
   };
-  auto found = keys.find(key);
-  if (found == keys.end())
-    return std::nullopt;
-  return found->second;
+#undef VL_KEY
+#undef VL_READ_ONLY_KEY
+  static const auto index = [] {
+    std::unordered_map<std::u16string_view, const KeyAccess *> out;
+    for (const KeyAccess &access : keys)
+      out.emplace(access.key, &access);
+    return out;
+  }();
+  auto found = index.find(key);
+  return found == index.end() ? nullptr : found->second;
 }
 
-} // namespace
-
 bool VLStyle::kvcValueForKey(std::u16string_view key, ns::Value &value) {
-  std::optional<StyleKey> which = styleKey(key);
-  if (!which)
+  const KeyAccess *access = keyAccess(key);
+  if (!access)
     return Object::kvcValueForKey(key, value);
-  switch (*which) {
-  case StyleKey::styleName:
-    value = optionalString(_styleName);
-    break;
-  case StyleKey::displayName:
-    value = optionalString(displayName());
-    break;
-  case StyleKey::styleType:
-    value = _styleType;
-    break;
-  case StyleKey::parentStyle:
-    value = _parentStyle;
-    break;
-  case StyleKey::nextStyle:
-    value = _nextStyle;
-    break;
-  case StyleKey::tabStyle:
-    value = _tabStyle;
-    break;
-  case StyleKey::isDefaultStyle:
-    value = _isDefaultStyle;
-    break;
-  case StyleKey::isAutomaticStyle:
-    value = _isAutomaticStyle;
-    break;
-  case StyleKey::isParagraphStyle:
-    value = isParagraphStyle();
-    break;
-  case StyleKey::isTextStyle:
-    value = isTextStyle();
-    break;
-  case StyleKey::properties:
-    value = _properties;
-    break;
-  case StyleKey::paragraphStyle:
-    value = _paragraphStyle;
-    break;
-  case StyleKey::attributes:
-    value = attributes();
-    break;
-  case StyleKey::alignment:
-    value = static_cast<int64_t>(alignment());
-    break;
-  case StyleKey::lineSpacing:
-    value = lineSpacing();
-    break;
-  case StyleKey::paragraphSpacingBefore:
-    value = paragraphSpacingBefore();
-    break;
-  case StyleKey::paragraphSpacing:
-    value = paragraphSpacing();
-    break;
-  case StyleKey::headIndent:
-    value = headIndent();
-    break;
-  case StyleKey::tailIndent:
-    value = tailIndent();
-    break;
-  case StyleKey::firstLineHeadIndent:
-    value = firstLineHeadIndent();
-    break;
-  case StyleKey::minimumLineHeight:
-    value = minimumLineHeight();
-    break;
-  case StyleKey::maximumLineHeight:
-    value = maximumLineHeight();
-    break;
-  case StyleKey::defaultTabInterval:
-    value = defaultTabInterval();
-    break;
-  case StyleKey::lineHeightMultiple:
-    value = lineHeightMultiple();
-    break;
-  case StyleKey::hyphenationFactor:
-    value = hyphenationFactor();
-    break;
-  case StyleKey::headerLevel:
-    value = headerLevel();
-    break;
-  case StyleKey::outlineLevel:
-    value = outlineLevel();
-    break;
-  case StyleKey::tighteningFactor:
-    value = tighteningFactor();
-    break;
-  case StyleKey::pageBreakBefore:
-    value = pageBreakBefore();
-    break;
-  case StyleKey::pageBreakAfter:
-    value = pageBreakAfter();
-    break;
-  case StyleKey::keepWithNext:
-    value = keepWithNext();
-    break;
-  case StyleKey::avoidsWidowsAndOrphans:
-    value = avoidsWidowsAndOrphans();
-    break;
-  case StyleKey::tabStops: {
-    auto array = ns::Array::create();
-    for (const auto &tab : tabStops())
-      array->addObject(tab);
-    value = array;
-    break;
-  }
-  case StyleKey::baseWritingDirection:
-    value = static_cast<int64_t>(baseWritingDirection());
-    break;
-  case StyleKey::paginationStyle:
-    value = paginationStyle();
-    break;
-  case StyleKey::font:
-    value = font();
-    break;
-  case StyleKey::fontSize:
-    value = fontSize();
-    break;
-  case StyleKey::hasBoldFontWeight:
-    value = hasBoldFontWeight();
-    break;
-  case StyleKey::hasItalicFontStyle:
-    value = hasItalicFontStyle();
-    break;
-  case StyleKey::underlineStyle:
-    value = underlineStyle();
-    break;
-  case StyleKey::underlinePattern:
-    value = underlinePattern();
-    break;
-  case StyleKey::underlineMask:
-    value = underlineMask();
-    break;
-  case StyleKey::underlineColor:
-    value = underlineColor();
-    break;
-  case StyleKey::foregroundColor:
-    value = foregroundColor();
-    break;
-  case StyleKey::textTransform:
-    value = textTransform();
-    break;
-  }
+  value = access->get(*this);
   return true;
 }
 
 bool VLStyle::kvcSetValueForKey(std::u16string_view key, const ns::Value &value) {
-  std::optional<StyleKey> which = styleKey(key);
-  if (!which)
+  const KeyAccess *access = keyAccess(key);
+  if (!access || !access->set)
     return Object::kvcSetValueForKey(key, value);
-  switch (*which) {
-  case StyleKey::styleName:
-    setStyleName(stringOrNil(value));
-    break;
-  case StyleKey::displayName:
-    setDisplayName(stringOrNil(value));
-    break;
-  case StyleKey::styleType:
-    setStyleType(value.integerValue());
-    break;
-  case StyleKey::parentStyle:
-    setParentStyle(value.as<VLStyle>());
-    break;
-  case StyleKey::nextStyle:
-    setNextStyle(value.as<VLStyle>());
-    break;
-  case StyleKey::tabStyle:
-    setTabStyle(value.as<VLStyle>());
-    break;
-  case StyleKey::isDefaultStyle:
-    setIsDefaultStyle(value.boolValue());
-    break;
-  case StyleKey::isAutomaticStyle:
-    setIsAutomaticStyle(value.boolValue());
-    break;
-  case StyleKey::properties:
-    _properties = value.dictionary() ? value.dictionary() : ns::Dictionary::create();
-    break;
-  case StyleKey::paragraphStyle:
-    // The own paragraph style is never shared and never nil.
-    if (auto style = value.as<ns::ParagraphStyle>())
-      _paragraphStyle = style->mutableParagraphStyle();
-    break;
-  case StyleKey::isParagraphStyle:
-  case StyleKey::isTextStyle:
-  case StyleKey::attributes:
-    return false;
-  case StyleKey::alignment:
-    setAlignment(static_cast<ns::TextAlignment>(value.integerValue()));
-    break;
-  case StyleKey::lineSpacing:
-    setLineSpacing(value.doubleValue());
-    break;
-  case StyleKey::paragraphSpacingBefore:
-    setParagraphSpacingBefore(value.doubleValue());
-    break;
-  case StyleKey::paragraphSpacing:
-    setParagraphSpacing(value.doubleValue());
-    break;
-  case StyleKey::headIndent:
-    setHeadIndent(value.doubleValue());
-    break;
-  case StyleKey::tailIndent:
-    setTailIndent(value.doubleValue());
-    break;
-  case StyleKey::firstLineHeadIndent:
-    setFirstLineHeadIndent(value.doubleValue());
-    break;
-  case StyleKey::minimumLineHeight:
-    setMinimumLineHeight(value.doubleValue());
-    break;
-  case StyleKey::maximumLineHeight:
-    setMaximumLineHeight(value.doubleValue());
-    break;
-  case StyleKey::defaultTabInterval:
-    setDefaultTabInterval(value.doubleValue());
-    break;
-  case StyleKey::lineHeightMultiple:
-    setLineHeightMultiple(value.doubleValue());
-    break;
-  case StyleKey::hyphenationFactor:
-    setHyphenationFactor(value.doubleValue());
-    break;
-  case StyleKey::headerLevel:
-    setHeaderLevel(value.integerValue());
-    break;
-  case StyleKey::outlineLevel:
-    setOutlineLevel(value.integerValue());
-    break;
-  case StyleKey::tighteningFactor:
-    setTighteningFactor(value.doubleValue());
-    break;
-  case StyleKey::pageBreakBefore:
-    setPageBreakBefore(value.boolValue());
-    break;
-  case StyleKey::pageBreakAfter:
-    setPageBreakAfter(value.boolValue());
-    break;
-  case StyleKey::keepWithNext:
-    setKeepWithNext(value.boolValue());
-    break;
-  case StyleKey::avoidsWidowsAndOrphans:
-    setAvoidsWidowsAndOrphans(value.boolValue());
-    break;
-  case StyleKey::tabStops: {
-    std::vector<ns::TextTabPtr> tabs;
-    if (ns::ArrayPtr array = value.array())
-      for (const ns::Value &tab : *array)
-        if (auto textTab = tab.as<ns::TextTab>())
-          tabs.push_back(std::move(textTab));
-    setTabStops(std::move(tabs));
-    break;
-  }
-  case StyleKey::baseWritingDirection:
-    setBaseWritingDirection(static_cast<ns::WritingDirection>(value.integerValue()));
-    break;
-  case StyleKey::paginationStyle:
-    setPaginationStyle(value.integerValue());
-    break;
-  case StyleKey::font:
-    setFont(value.as<ns::Font>());
-    break;
-  case StyleKey::fontSize:
-    setFontSize(value.doubleValue());
-    break;
-  case StyleKey::hasBoldFontWeight:
-    setHasBoldFontWeight(value.boolValue());
-    break;
-  case StyleKey::hasItalicFontStyle:
-    setHasItalicFontStyle(value.boolValue());
-    break;
-  case StyleKey::underlineStyle:
-    setUnderlineStyle(value.integerValue());
-    break;
-  case StyleKey::underlinePattern:
-    setUnderlinePattern(value.integerValue());
-    break;
-  case StyleKey::underlineMask:
-    setUnderlineMask(value.integerValue());
-    break;
-  case StyleKey::underlineColor:
-    setUnderlineColor(value.as<ns::Color>());
-    break;
-  case StyleKey::foregroundColor:
-    setForegroundColor(value.as<ns::Color>());
-    break;
-  case StyleKey::textTransform:
-    setTextTransform(value.integerValue());
-    break;
-  }
+  access->set(*this, value);
   return true;
 }
 

@@ -438,6 +438,9 @@ protected:
   bool kvcSetValueForKey(std::u16string_view key, const ns::Value &value) override;
 
 private:
+  struct KeyAccess;
+  /// The getter and setter of a key-value coding key, or null.
+  static const KeyAccess *keyAccess(std::u16string_view key);
   /// The style of the chain whose value a getter of `bit` answers: the first that defines
   /// it, else the root.
   const VLStyle &definingStyle(uint32_t bit) const;
