@@ -1,8 +1,7 @@
 // The settings tree: completion lists, key paths over absent levels, outline level settings,
-// the screenplay test, and the reader contract's pair.
+// and the screenplay test.
 #include "model/VLConstants.h"
 #include "model/VLDocumentSettings.h"
-#include "model/VLReader.h"
 #include "model/VLStylesheet.h"
 #include "ns/Bundle.h"
 
@@ -97,21 +96,4 @@ TEST(VLDocumentSettings, ScreenplayFlagWinsOverTheStylesheet) {
   settings->removeAllObjects();
   EXPECT_FALSE(isScreenplayDocument(attributes));
   EXPECT_FALSE(isScreenplayDocument(nullptr));
-}
-
-TEST(VLDocumentSettings, FailedReadLeavesNoPair) {
-  struct FailingReader : VLReader {
-    ns::DictionaryPtr seenOptions;
-    std::shared_ptr<ns::MutableAttributedString>
-    attributedStringWithData(const ns::Data &, const ns::DictionaryPtr &options,
-                             ns::DictionaryPtr *documentAttributes, ns::ErrorPtr *) override {
-      seenOptions = options;
-      EXPECT_NE(documentAttributes, nullptr);
-      return nullptr;
-    }
-  };
-  auto reader = std::make_shared<FailingReader>();
-  auto options = ns::Dictionary::create();
-  EXPECT_FALSE(reader->documentWithData(ns::Data(), options).has_value());
-  EXPECT_EQ(reader->seenOptions, options);
 }

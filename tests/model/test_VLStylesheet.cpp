@@ -138,9 +138,6 @@ TEST(VLStylesheet, DefaultTextAndGraphicStyles) {
   EXPECT_EQ(sheet->graphicStyles().size(), 1u);
   EXPECT_EQ(sheet->defaultGraphicStyle(), graphic);
   EXPECT_EQ(*graphic->styleName(), u"Default_20_Graphic_20_Style");
-  EXPECT_EQ(graphic->verticalPos(), u"top");
-  EXPECT_EQ(graphic->verticalRel(), u"baseline");
-  EXPECT_TRUE(graphic->matchesAttachment(nullptr));
   EXPECT_EQ(graphic->derivedGraphicStyleWithAttachment(nullptr)->parentStyle(), graphic);
   sheet->removeGraphicStyle(graphic);
   EXPECT_TRUE(sheet->graphicStyles().empty());
