@@ -5,21 +5,18 @@
 #include "ns/Data.h"
 #include "ns/Dictionary.h"
 #include "ns/Error.h"
+#include "ns/MutableAttributedString.h"
 #include "ns/Object.h"
 
 #include <memory>
 #include <optional>
-
-namespace vl::ns {
-class MutableAttributedString;
-} // namespace vl::ns
 
 namespace vl {
 
 /// The two values a document travels as: its text and its document attributes (stylesheet,
 /// master pages, references, settings).
 struct VLDocumentPair {
-  std::shared_ptr<ns::MutableAttributedString> attributedString;
+  ns::MutableAttributedStringPtr attributedString;
   ns::DictionaryPtr documentAttributes;
 };
 
@@ -32,7 +29,7 @@ public:
   /// attributes there; on failure answers nil and leaves `documentAttributes` alone. `error`,
   /// when not null, may receive the error of the XML parser or text decoder; a reader that
   /// finds bad data of its own may answer nil without filling it.
-  virtual std::shared_ptr<ns::MutableAttributedString>
+  virtual ns::MutableAttributedStringPtr
   attributedStringWithData(const ns::Data &data, const ns::DictionaryPtr &options,
                            ns::DictionaryPtr *documentAttributes, ns::ErrorPtr *error) = 0;
 

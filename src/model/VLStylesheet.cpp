@@ -223,7 +223,7 @@ void VLStylesheet::removeListStyle(const ListStylePtr &listStyle) {
   eraseIdentical(_listStyles, removed);
 }
 
-void VLStylesheet::addPageLayoutStyle(PageLayoutPtr layout) {
+void VLStylesheet::addPageLayoutStyle(VLPageLayoutPtr layout) {
   if (!layout || std::find(_pageLayoutStyles.begin(), _pageLayoutStyles.end(), layout) !=
                      _pageLayoutStyles.end())
     return;
@@ -232,8 +232,8 @@ void VLStylesheet::addPageLayoutStyle(PageLayoutPtr layout) {
   didChangeValueForKey(u"pageLayoutStyles");
 }
 
-void VLStylesheet::removePageLayoutStyle(const PageLayoutPtr &layout) {
-  PageLayoutPtr removed = layout;
+void VLStylesheet::removePageLayoutStyle(const VLPageLayoutPtr &layout) {
+  VLPageLayoutPtr removed = layout;
   willChangeValueForKey(u"pageLayoutStyles");
   eraseIdentical(_pageLayoutStyles, removed);
   didChangeValueForKey(u"pageLayoutStyles");
@@ -261,11 +261,11 @@ void VLStylesheet::initWithCoder(ns::KeyedUnarchiver &coder) {
   ns::Value displayName = coder.decodeObjectForKey(u"displayName");
   _displayName =
       displayName.isString() ? std::optional<std::u16string>(displayName.string()) : std::nullopt;
-  _fontTable = coder.decodeObjectForKey(u"fontTable").object();
+  _fontTable = coder.decodeObjectForKey(u"fontTable").as<VLFontTable>();
   _styles = vectorOf<VLStyle>(coder.decodeObjectForKey(u"styles"));
   _listStyles = vectorOf<ns::Object>(coder.decodeObjectForKey(u"listStyles"));
   _graphicStyles = vectorOf<VLGraphicStyle>(coder.decodeObjectForKey(u"graphicStyles"));
-  _pageLayoutStyles = vectorOf<ns::Object>(coder.decodeObjectForKey(u"pageLayoutStyles"));
+  _pageLayoutStyles = vectorOf<VLPageLayout>(coder.decodeObjectForKey(u"pageLayoutStyles"));
   if (ns::DictionaryPtr properties = coder.decodeObjectForKey(u"properties").dictionary())
     _properties = std::move(properties);
 }

@@ -2,7 +2,9 @@
 // layouts and font table, the lookups over them, and the default stylesheets.
 #pragma once
 
+#include "model/VLFontTable.h"
 #include "model/VLGraphicStyle.h"
+#include "model/VLPageLayout.h"
 #include "model/VLStyle.h"
 #include "ns/Dictionary.h"
 #include "ns/Font.h"
@@ -43,20 +45,18 @@ struct VLSortDescriptor {
 /// "graphicStyles", "pageLayoutStyles", "properties".
 class VLStylesheet : public ns::Object, public ns::Coding {
 public:
-  // List styles, page layouts and the font table are held as plain objects until their
-  // classes join the model; these names are where their types will go.
+  // List styles are held as plain objects until their class joins the model; this name is
+  // where its type will go.
   using ListStylePtr = ns::ObjectPtr;
-  using PageLayoutPtr = ns::ObjectPtr;
-  using FontTablePtr = ns::ObjectPtr;
 
   /// initWithFontTable: with nil: empty collections and no font table.
   VLStylesheet() = default;
   /// Empty collections and `fontTable`.
-  explicit VLStylesheet(FontTablePtr fontTable) : _fontTable(std::move(fontTable)) {}
+  explicit VLStylesheet(VLFontTablePtr fontTable) : _fontTable(std::move(fontTable)) {}
   VLStylesheet(const VLStylesheet &) = delete;
   VLStylesheet &operator=(const VLStylesheet &) = delete;
   ~VLStylesheet() override;
-  static VLStylesheetPtr create(FontTablePtr fontTable = nullptr) {
+  static VLStylesheetPtr create(VLFontTablePtr fontTable = nullptr) {
     return std::make_shared<VLStylesheet>(std::move(fontTable));
   }
 
@@ -66,8 +66,9 @@ public:
 
   const std::optional<std::u16string> &displayName() const { return _displayName; }
   void setDisplayName(std::optional<std::u16string> name) { _displayName = std::move(name); }
-  const FontTablePtr &fontTable() const { return _fontTable; }
-  void setFontTable(FontTablePtr fontTable) { _fontTable = std::move(fontTable); }
+  /// May be nil.
+  const VLFontTablePtr &fontTable() const { return _fontTable; }
+  void setFontTable(VLFontTablePtr fontTable) { _fontTable = std::move(fontTable); }
   /// Free-form values; never null.
   const ns::DictionaryPtr &properties() const { return _properties; }
 
@@ -134,16 +135,16 @@ public:
   void addListStyle(ListStylePtr listStyle);
   void removeListStyle(const ListStylePtr &listStyle);
   /// The live array.
-  const std::vector<PageLayoutPtr> &pageLayoutStyles() const { return _pageLayoutStyles; }
+  const std::vector<VLPageLayoutPtr> &pageLayoutStyles() const { return _pageLayoutStyles; }
   /// Plain; no change notice.
-  void setPageLayoutStyles(std::vector<PageLayoutPtr> layouts) {
+  void setPageLayoutStyles(std::vector<VLPageLayoutPtr> layouts) {
     _pageLayoutStyles = std::move(layouts);
   }
   /// Appends unless the sheet holds that very object, announced to observers of
   /// "pageLayoutStyles".
-  void addPageLayoutStyle(PageLayoutPtr layout);
+  void addPageLayoutStyle(VLPageLayoutPtr layout);
   /// Removes, announced to observers of "pageLayoutStyles".
-  void removePageLayoutStyle(const PageLayoutPtr &layout);
+  void removePageLayoutStyle(const VLPageLayoutPtr &layout);
 
   // The default stylesheets. Display names are localized and style names are formed from
   // them; each sheet ends with the default graphic style.
@@ -173,10 +174,10 @@ protected:
 private:
   std::vector<ListStylePtr> _listStyles;
   std::vector<VLGraphicStylePtr> _graphicStyles;
-  std::vector<PageLayoutPtr> _pageLayoutStyles;
+  std::vector<VLPageLayoutPtr> _pageLayoutStyles;
   ns::DictionaryPtr _properties = ns::Dictionary::create();
   std::optional<std::u16string> _displayName;
-  FontTablePtr _fontTable;
+  VLFontTablePtr _fontTable;
   std::vector<VLStylePtr> _styles;
 };
 

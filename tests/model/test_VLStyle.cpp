@@ -1,5 +1,6 @@
 // Styles: the defines word, the cascade of getters, application to attributes, comparison
 // and derived styles, resets, names, line spacing modes, copies and coding.
+#include "ModelTestSupport.h"
 #include "model/VLConstants.h"
 #include "model/VLGraphicStyle.h"
 #include "model/VLParagraphStyleAdditions.h"
@@ -10,7 +11,6 @@
 #include "ns/AttributeNames.h"
 #include "ns/Bundle.h"
 #include "ns/FontManager.h"
-#include "ns/PropertyListSerialization.h"
 
 #include <gtest/gtest.h>
 
@@ -641,18 +641,33 @@ TEST(VLStyle, ArchiveKeepsValuesAndLosesPageBreakAfter) {
   EXPECT_EQ(decoded->tailIndent(), -20.0);
   EXPECT_EQ(decoded->styleType(), VLTextStyleType);
 
-  // The defines word is stored bit by bit under names.
-  auto plist = ns::PropertyListSerialization::propertyListWithData(archive).dictionary();
-  auto objects = plist->objectForKey(u"$objects").array();
-  ns::DictionaryPtr fields;
-  for (const Value &object : *objects)
-    if (auto dictionary = object.dictionary(); dictionary && dictionary->containsKey(u"fontSize"))
-      fields = dictionary;
-  ASSERT_TRUE(fields);
-  EXPECT_EQ(fields->objectForKey(u"defines.tailIndent"), Value(true));
-  EXPECT_EQ(fields->objectForKey(u"defines.alignment"), Value(false));
-  EXPECT_EQ(fields->objectForKey(u"defines.textTransform"), Value(false));
-  EXPECT_EQ(fields->objectForKey(u"pageBreakAfter"), Value(true));
+  // The defines word is stored bit by bit under names; "pageBreakAfter" is written too.
+  std::vector<std::u16string> keys = {u"styleName",
+                                      u"displayName",
+                                      u"properties",
+                                      u"styleType",
+                                      u"parentStyle",
+                                      u"nextStyle",
+                                      u"tabStyle",
+                                      u"paragraphStyle",
+                                      u"paginationStyle",
+                                      u"font",
+                                      u"fontSize",
+                                      u"foregroundColor",
+                                      u"underlineColor",
+                                      u"underlineStyleAttribute",
+                                      u"textTransform",
+                                      u"isDefaultStyle",
+                                      u"isAutomaticStyle",
+                                      u"hasBoldFontWeight",
+                                      u"hasItalicFontStyle",
+                                      u"pageBreakBefore",
+                                      u"pageBreakAfter",
+                                      u"keepWithNext",
+                                      u"avoidsWidowsAndOrphans"};
+  for (unsigned bit = 0; bit < VLStyleDefinesBitCount; ++bit)
+    keys.push_back(u"defines." + std::u16string(VLStyle::nameOfDefinesBit(bit)));
+  EXPECT_EQ(test::archivedKeys(style, u"VLStyle"), test::sorted(keys));
 }
 
 TEST(VLStyle, KeyValueCodingAndTabStopNotices) {

@@ -1,5 +1,6 @@
 // Stylesheets: adding, removing and replacing styles with their links, lookups in insertion
 // order, the default styles, the other collections, rings, archives and copies.
+#include "ModelTestSupport.h"
 #include "model/VLStylesheet.h"
 #include "ns/Array.h"
 
@@ -185,7 +186,7 @@ TEST(VLStylesheet, PageLayoutsAndListStyles) {
   auto sheet = VLStylesheet::create();
   Counter counter;
   sheet->addObserver(&counter, u"pageLayoutStyles", 0, nullptr);
-  auto layout = std::make_shared<ns::Dictionary>();
+  auto layout = VLPageLayout::create();
   sheet->addPageLayoutStyle(layout);
   sheet->addPageLayoutStyle(layout);
   EXPECT_EQ(sheet->pageLayoutStyles().size(), 1u);
@@ -243,12 +244,26 @@ TEST(VLStylesheet, CopyIsADeepArchiveRoundTripKeepingRings) {
   EXPECT_TRUE(copy->styleForName(u"Transition")->definesPageBreakAfter());
   ASSERT_EQ(copy->graphicStyles().size(), 1u);
   EXPECT_NE(copy->graphicStyles()[0], sheet->graphicStyles()[0]);
+}
 
-  ns::ErrorPtr error;
-  auto decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(
-                     ns::KeyedArchiver::archivedDataWithRootObject(sheet), &error)
-                     .as<VLStylesheet>();
+TEST(VLStylesheet, ArchiveHoldsEveryCollectionAndTheFontTable) {
+  auto fonts = std::make_shared<VLFontTable>();
+  fonts->addFont(VLFont::fontWithNSFont(ns::Font::fontWithName(u"Courier", 12)));
+  auto sheet = VLStylesheet::defaultStylesheet();
+  sheet->setFontTable(fonts);
+  auto layout = VLPageLayout::create();
+  layout->setTopMargin(37);
+  sheet->addPageLayoutStyle(layout);
+  EXPECT_EQ(test::archivedKeys(sheet, u"VLStylesheet"),
+            test::sorted({u"displayName", u"fontTable", u"styles", u"listStyles", u"graphicStyles",
+                          u"pageLayoutStyles", u"properties"}));
+
+  auto decoded = test::roundTrip(sheet);
   ASSERT_TRUE(decoded);
-  EXPECT_EQ(decoded->styleForName(u"Scene_20_Heading")->nextStyle(),
-            decoded->styleForName(u"Action"));
+  ASSERT_TRUE(decoded->fontTable());
+  EXPECT_TRUE(decoded->fontTable()->fontForName(u"Courier"));
+  ASSERT_EQ(decoded->pageLayoutStyles().size(), 1u);
+  EXPECT_EQ(decoded->pageLayoutStyles()[0]->topMargin(), 37.0);
+  EXPECT_EQ(decoded->styleForName(u"Heading_20_1")->nextStyle(),
+            decoded->styleForName(u"Body_20_Text"));
 }
