@@ -331,14 +331,18 @@ VL_UNDERLINE_FIELD(underlineMask, setUnderlineMask, VLStyleDefinesUnderlineMask,
 
 // Font-derived values: the own font stands between the own value and the parent.
 
+const VLStyle *VLStyle::fontDerivedSource(uint32_t bit) const {
+  for (const VLStyle *style = this; style; style = style->_parentStyle.get())
+    if ((style->_defines & bit) || style->_font)
+      return style;
+  return nullptr;
+}
+
 double VLStyle::fontSize() const {
-  for (const VLStyle *style = this; style; style = style->_parentStyle.get()) {
-    if (style->_defines & VLStyleDefinesFontSize)
-      return style->_fontSize;
-    if (style->_font)
-      return style->_font->pointSize();
-  }
-  return 12.0;
+  const VLStyle *style = fontDerivedSource(VLStyleDefinesFontSize);
+  if (!style)
+    return 12.0;
+  return (style->_defines & VLStyleDefinesFontSize) ? style->_fontSize : style->_font->pointSize();
 }
 
 void VLStyle::setFontSize(double value) {
@@ -347,13 +351,12 @@ void VLStyle::setFontSize(double value) {
 }
 
 bool VLStyle::hasBoldFontWeight() const {
-  for (const VLStyle *style = this; style; style = style->_parentStyle.get()) {
-    if (style->_defines & VLStyleDefinesHasBoldFontWeight)
-      return style->_hasBoldFontWeight;
-    if (style->_font)
-      return style->_font->traits() & ns::BoldFontMask;
-  }
-  return false;
+  const VLStyle *style = fontDerivedSource(VLStyleDefinesHasBoldFontWeight);
+  if (!style)
+    return false;
+  return (style->_defines & VLStyleDefinesHasBoldFontWeight)
+             ? style->_hasBoldFontWeight
+             : (style->_font->traits() & ns::BoldFontMask) != 0;
 }
 
 void VLStyle::setHasBoldFontWeight(bool flag) {
@@ -362,13 +365,12 @@ void VLStyle::setHasBoldFontWeight(bool flag) {
 }
 
 bool VLStyle::hasItalicFontStyle() const {
-  for (const VLStyle *style = this; style; style = style->_parentStyle.get()) {
-    if (style->_defines & VLStyleDefinesHasItalicFontStyle)
-      return style->_hasItalicFontStyle;
-    if (style->_font)
-      return style->_font->traits() & ns::ItalicFontMask;
-  }
-  return false;
+  const VLStyle *style = fontDerivedSource(VLStyleDefinesHasItalicFontStyle);
+  if (!style)
+    return false;
+  return (style->_defines & VLStyleDefinesHasItalicFontStyle)
+             ? style->_hasItalicFontStyle
+             : (style->_font->traits() & ns::ItalicFontMask) != 0;
 }
 
 void VLStyle::setHasItalicFontStyle(bool flag) {

@@ -444,6 +444,9 @@ private:
   /// The style of the chain whose value a getter of `bit` answers: the first that defines
   /// it, else the root.
   const VLStyle &definingStyle(uint32_t bit) const;
+  /// The style of the chain that answers a font-derived getter of `bit`: the first that
+  /// defines it or has a font of its own; null when none does.
+  const VLStyle *fontDerivedSource(uint32_t bit) const;
   /// Writes the paragraph values of the chain, root first, into `style`.
   void writeParagraphProperties(ns::MutableParagraphStyle &style) const;
   /// Step four of applyToAttributes for this style alone.
