@@ -74,38 +74,33 @@ void VLStylesheet::addStyle(VLStylePtr style) {
   didChangeValueForKey(u"styles");
 }
 
+void VLStylesheet::pointLinks(const VLStylePtr &from, const VLStylePtr &to) {
+  for (const VLStylePtr &other : _styles) {
+    if (other == from)
+      continue;
+    if (other->parentStyle() == from)
+      other->setParentStyle(to);
+    if (other->nextStyle() == from)
+      other->setNextStyle(to);
+    if (other->tabStyle() == from)
+      other->setTabStyle(to);
+  }
+}
+
 void VLStylesheet::removeStyle(const VLStylePtr &style) {
   if (!style)
     return;
   willChangeValueForKey(u"styles");
   // Hold the style: the array may own the last reference to it.
   VLStylePtr removed = style;
-  for (const VLStylePtr &other : _styles) {
-    if (other == removed)
-      continue;
-    if (other->parentStyle() == removed)
-      other->setParentStyle(nullptr);
-    if (other->nextStyle() == removed)
-      other->setNextStyle(nullptr);
-    if (other->tabStyle() == removed)
-      other->setTabStyle(nullptr);
-  }
+  pointLinks(removed, nullptr);
   eraseIdentical(_styles, removed);
   didChangeValueForKey(u"styles");
 }
 
 void VLStylesheet::replaceStyle(const VLStylePtr &oldStyle, VLStylePtr newStyle) {
   VLStylePtr replaced = oldStyle;
-  for (const VLStylePtr &other : _styles) {
-    if (other == replaced)
-      continue;
-    if (other->parentStyle() == replaced)
-      other->setParentStyle(newStyle);
-    if (other->nextStyle() == replaced)
-      other->setNextStyle(newStyle);
-    if (other->tabStyle() == replaced)
-      other->setTabStyle(newStyle);
-  }
+  pointLinks(replaced, newStyle);
   removeStyle(replaced);
   addStyle(std::move(newStyle));
 }

@@ -172,6 +172,9 @@ protected:
   bool kvcValueForKey(std::u16string_view key, ns::Value &value) override;
 
 private:
+  /// Points every other style's parent, next and tab links to `from` at `to`.
+  void pointLinks(const VLStylePtr &from, const VLStylePtr &to);
+
   std::vector<ListStylePtr> _listStyles;
   std::vector<VLGraphicStylePtr> _graphicStyles;
   std::vector<VLPageLayoutPtr> _pageLayoutStyles;
