@@ -1,0 +1,676 @@
+// Attributed strings: runs and their merging, reads, enumeration, edits, subclasses that keep
+// their text elsewhere, and a long random walk against a naive model.
+#include "ns/Assert.h"
+#include "ns/AttributeNames.h"
+#include "ns/MutableAttributedString.h"
+#include "ns/String.h"
+#include "ns/TextStorage.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace vl::ns;
+
+namespace {
+
+// An object with identity: equal only to itself.
+class Marker : public Object {
+public:
+  VL_OBJECT(Marker)
+};
+
+// An object equal by value.
+class Number : public Object {
+public:
+  VL_OBJECT(Number)
+  explicit Number(int n) : n(n) {}
+  bool isEqual(const Object &other) const override {
+    auto *o = dynamic_cast<const Number *>(&other);
+    return o && o->n == n;
+  }
+  size_t hash() const override { return static_cast<size_t>(n); }
+  int n;
+};
+
+ConstDictionaryPtr attrs(std::initializer_list<Dictionary::Entry> entries) {
+  return Dictionary::create(entries);
+}
+
+// The runs as the string reports them, as "text:k=v,..." strings.
+std::vector<std::string> runs(const AttributedString &s) {
+  std::vector<std::string> out;
+  s.enumerateAttributesInRange(Range{0, s.length()},
+                               AttributedStringEnumerationLongestEffectiveRangeNotRequired,
+                               [&](const ConstDictionaryPtr &a, Range r, bool &) {
+                                 std::string run = toUTF8(s.substringWithRange(r)) + ":";
+                                 for (const auto &[k, v] : *a)
+                                   run += toUTF8(k) + "=" + toUTF8(v.description()) + ",";
+                                 out.push_back(run);
+                               });
+  return out;
+}
+
+using Runs = std::vector<std::string>;
+
+// Exposes the engine's own checks.
+class Probe : public MutableAttributedString {
+public:
+  using MutableAttributedString::MutableAttributedString;
+  std::string invariants() const { return storage_.checkInvariants(); }
+  size_t dictionaries() const { return storage_.distinctAttributeCount(); }
+  size_t runCount() const { return storage_.runCount(); }
+};
+
+// Keeps its text in an inner string and overrides only the primitives. With `chop`, its
+// effective ranges are cut into pieces of at most three units, as a storage whose ranges are
+// not the longest ones would answer.
+class Forwarding : public MutableAttributedString {
+public:
+  using MutableAttributedString::attributesAtIndex;
+  using MutableAttributedString::replaceCharactersInRange;
+
+  explicit Forwarding(bool chop = false) : chop(chop) {}
+
+  uint64_t length() const override { return contents.length(); }
+  std::u16string_view string() const override { return contents.string(); }
+  ConstDictionaryPtr attributesAtIndex(uint64_t index, Range *effectiveRange) const override {
+    ConstDictionaryPtr a = contents.attributesAtIndex(index, effectiveRange);
+    if (chop && effectiveRange && index < length())
+      *effectiveRange = IntersectionRange(*effectiveRange, Range{index - index % 3, 3});
+    return a;
+  }
+  void replaceCharactersInRange(Range range, std::u16string_view string) override {
+    contents.replaceCharactersInRange(range, string);
+    ++characterEdits;
+  }
+  void setAttributes(ConstDictionaryPtr attributes, Range range) override {
+    contents.setAttributes(std::move(attributes), range);
+    ++attributeEdits;
+  }
+
+  MutableAttributedString contents;
+  bool chop;
+  int characterEdits = 0;
+  int attributeEdits = 0;
+};
+
+} // namespace
+
+TEST(AttributedString, InitialisersGiveTextAndAttributes) {
+  AttributedString empty;
+  EXPECT_EQ(empty.length(), 0u);
+  EXPECT_EQ(empty.string(), u"");
+  AttributedString plain(u"abc");
+  EXPECT_TRUE(plain.attributesAtIndex(1, nullptr)->empty());
+  AttributedString styled(u"abc", attrs({{u"k", 1}}));
+  Range r;
+  EXPECT_EQ(styled.attribute(u"k", 2, &r), Value(1));
+  EXPECT_EQ(r, (Range{0, 3}));
+  AttributedString copy(styled);
+  EXPECT_TRUE(copy.isEqualToAttributedString(styled));
+  EXPECT_EQ(AttributedString(u"", attrs({{u"k", 1}})).length(), 0u);
+}
+
+TEST(AttributedString, AdjacentRunsMergeByValueAndObjectsByIdentity) {
+  Probe s(u"aaaabbbb");
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 4});
+  s.setAttributes(attrs({{u"k", 1.0}}), Range{4, 4}); // equal numbers
+  EXPECT_EQ(runs(s), (Runs{"aaaabbbb:k=1,"}));
+
+  auto one = std::make_shared<Marker>(), two = std::make_shared<Marker>();
+  s.setAttributes(attrs({{u"m", one}}), Range{0, 4});
+  s.setAttributes(attrs({{u"m", two}}), Range{4, 4});
+  EXPECT_EQ(s.runCount(), 2u);
+  s.setAttributes(attrs({{u"m", one}}), Range{4, 4});
+  EXPECT_EQ(s.runCount(), 1u);
+
+  s.setAttributes(attrs({{u"v", std::make_shared<Number>(7)}}), Range{0, 2});
+  s.setAttributes(attrs({{u"v", std::make_shared<Number>(7)}}), Range{2, 6});
+  EXPECT_EQ(s.runCount(), 1u);
+  EXPECT_EQ(s.invariants(), "");
+}
+
+TEST(AttributedString, EqualDictionariesAreSharedAndFrozen) {
+  Probe s(u"0123456789");
+  auto given = Dictionary::create({{u"k", 1}});
+  s.setAttributes(given, Range{0, 2});
+  s.setAttributes(attrs({{u"k", 2}}), Range{2, 2});
+  s.setAttributes(Dictionary::create({{u"k", 1}}), Range{4, 2});
+  EXPECT_EQ(s.attributesAtIndex(0, nullptr), s.attributesAtIndex(5, nullptr));
+  EXPECT_EQ(s.dictionaries(), 3u); // k=1, k=2 and none
+  given->setObject(Value(9), u"k");
+  EXPECT_EQ(s.attribute(u"k", 0, nullptr), Value(1));
+
+  // A dictionary read from one string is shared by another that takes it.
+  MutableAttributedString other(u"xy");
+  other.setAttributes(s.attributesAtIndex(0, nullptr), Range{0, 2});
+  EXPECT_EQ(other.attributesAtIndex(0, nullptr), s.attributesAtIndex(0, nullptr));
+}
+
+TEST(AttributedString, InsertedTextTakesTheAttributesOfItsNeighbours) {
+  MutableAttributedString s(u"abcd");
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 2});
+  s.setAttributes(attrs({{u"k", 2}}), Range{2, 2});
+  s.replaceCharactersInRange(Range{2, 1}, u"XY"); // the first replaced character
+  EXPECT_EQ(runs(s), (Runs{"ab:k=1,", "XYd:k=2,"}));
+  s.replaceCharactersInRange(Range{2, 0}, u"-"); // the character before
+  EXPECT_EQ(runs(s), (Runs{"ab-:k=1,", "XYd:k=2,"}));
+  s.replaceCharactersInRange(Range{0, 0}, u"<"); // at the start: the character after
+  EXPECT_EQ(runs(s), (Runs{"<ab-:k=1,", "XYd:k=2,"}));
+  s.replaceCharactersInRange(Range{7, 0}, u">");
+  EXPECT_EQ(runs(s), (Runs{"<ab-:k=1,", "XYd>:k=2,"}));
+
+  MutableAttributedString empty;
+  empty.replaceCharactersInRange(Range{0, 0}, u"new");
+  EXPECT_TRUE(empty.attributesAtIndex(0, nullptr)->empty());
+}
+
+TEST(AttributedString, EditsAcrossRunBoundariesKeepTheRunsAround) {
+  MutableAttributedString s(u"aaabbbccc");
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 3});
+  s.setAttributes(attrs({{u"k", 2}}), Range{3, 3});
+  s.setAttributes(attrs({{u"k", 3}}), Range{6, 3});
+  s.replaceCharactersInRange(Range{2, 5}, u"Z"); // from inside the first run into the third
+  EXPECT_EQ(runs(s), (Runs{"aaZ:k=1,", "cc:k=3,"}));
+  s.deleteCharactersInRange(Range{0, 3});
+  EXPECT_EQ(runs(s), (Runs{"cc:k=3,"}));
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 1});
+  s.deleteCharactersInRange(Range{0, 2});
+  EXPECT_EQ(s.length(), 0u);
+  EXPECT_EQ(runs(s), Runs{});
+}
+
+TEST(AttributedString, LongestEffectiveRangeIsTheRunOfEqualValuesClipped) {
+  MutableAttributedString s(u"0123456789");
+  s.setAttributes(attrs({{u"k", 1}, {u"x", 1}}), Range{0, 3});
+  s.setAttributes(attrs({{u"k", 1}, {u"x", 2}}), Range{3, 3});
+  s.setAttributes(attrs({{u"k", 2}}), Range{6, 4});
+  Range r;
+  EXPECT_EQ(s.attribute(u"k", 4, &r), Value(1));
+  EXPECT_EQ(r, (Range{3, 3})); // the run of the whole dictionary
+  EXPECT_EQ(s.attribute(u"k", 4, &r, Range{0, 10}), Value(1));
+  EXPECT_EQ(r, (Range{0, 6}));
+  s.attribute(u"k", 4, &r, Range{2, 3});
+  EXPECT_EQ(r, (Range{2, 3}));
+  EXPECT_TRUE(s.attribute(u"x", 7, &r, Range{0, 10}).isNil());
+  EXPECT_EQ(r, (Range{6, 4}));
+  s.attributesAtIndex(1, &r, Range{1, 9});
+  EXPECT_EQ(r, (Range{1, 2}));
+}
+
+TEST(AttributedString, QueriesAtTheEndAnswerNothingAndBeyondFail) {
+  AttributedString s(u"abc", attrs({{u"k", 1}}));
+  Range r{9, 9};
+  EXPECT_TRUE(s.attributesAtIndex(3, &r)->empty());
+  EXPECT_EQ(r, (Range{3, 0}));
+  EXPECT_TRUE(s.attribute(u"k", 3, &r, Range{0, 3}).isNil());
+  EXPECT_EQ(r, (Range{3, 0}));
+  EXPECT_THROW(s.attributesAtIndex(4, &r), InternalInconsistencyException);
+  EXPECT_THROW(s.characterAtIndex(3), InternalInconsistencyException);
+  EXPECT_THROW(s.substringWithRange(Range{2, 2}), InternalInconsistencyException);
+  EXPECT_THROW(s.attribute(u"k", 0, &r, Range{0, 4}), InternalInconsistencyException);
+
+  MutableAttributedString m(u"abc");
+  try {
+    m.replaceCharactersInRange(Range{2, 5}, u"x");
+    FAIL() << "no range check";
+  } catch (const InternalInconsistencyException &e) {
+    EXPECT_NE(e.description().find("{2, 5} out of bounds"), std::string::npos) << e.what();
+  }
+  EXPECT_THROW(m.setAttributes(nullptr, Range{NotFound, 1}), InternalInconsistencyException);
+  EXPECT_THROW(m.addAttribute(u"k", 1, Range{0, 4}), InternalInconsistencyException);
+  EXPECT_THROW(m.insertAttributedString(s, 4), InternalInconsistencyException);
+  EXPECT_EQ(m.string(), u"abc");
+}
+
+TEST(AttributedString, EnumerationWalksRunsForwardsAndBackwards) {
+  MutableAttributedString s(u"aabbccdd");
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 2});
+  s.setAttributes(attrs({{u"k", 1}, {u"x", 1}}), Range{2, 2});
+  s.setAttributes(attrs({{u"k", 2}}), Range{4, 4});
+  std::vector<std::pair<Value, Range>> seen;
+  auto record = [&](const Value &v, Range r, bool &) { seen.emplace_back(v, r); };
+
+  s.enumerateAttribute(u"k", Range{1, 6}, 0, record);
+  EXPECT_EQ(seen, (std::vector<std::pair<Value, Range>>{{1, {1, 3}}, {2, {4, 3}}}));
+  seen.clear();
+  s.enumerateAttribute(u"k", Range{1, 6}, AttributedStringEnumerationReverse, record);
+  EXPECT_EQ(seen, (std::vector<std::pair<Value, Range>>{{2, {4, 3}}, {1, {1, 3}}}));
+  seen.clear();
+  s.enumerateAttribute(u"k", Range{0, 8},
+                       AttributedStringEnumerationLongestEffectiveRangeNotRequired, record);
+  EXPECT_EQ(seen.size(), 3u); // one call per run, equal values or not
+  seen.clear();
+  s.enumerateAttribute(u"x", Range{0, 8}, 0, [&](const Value &v, Range r, bool &stop) {
+    seen.emplace_back(v, r);
+    stop = !v.isNil();
+  });
+  EXPECT_EQ(seen, (std::vector<std::pair<Value, Range>>{{Value(), {0, 2}}, {1, {2, 2}}}));
+  seen.clear();
+  s.enumerateAttribute(u"k", Range{3, 0}, 0, record);
+  EXPECT_TRUE(seen.empty());
+}
+
+TEST(AttributedString, EnumerationGoesOnAfterTheBlockChangesItsRange) {
+  MutableAttributedString s(u"ab-cd-ef");
+  s.setAttributes(attrs({{u"k", 1}}), Range{2, 1});
+  s.setAttributes(attrs({{u"k", 1}}), Range{5, 1});
+  std::vector<Range> seen;
+  s.enumerateAttribute(u"k", Range{0, s.length()}, 0, [&](const Value &v, Range r, bool &) {
+    seen.push_back(r);
+    if (!v.isNil())
+      s.replaceCharactersInRange(r, u"<->");
+  });
+  EXPECT_EQ(s.string(), u"ab<->cd<->ef");
+  EXPECT_EQ(seen, (std::vector<Range>{{0, 2}, {2, 1}, {5, 2}, {7, 1}, {10, 2}}));
+}
+
+TEST(AttributedString, SubstringsCopyTextAndRuns) {
+  MutableAttributedString s(u"Hello, world");
+  s.setAttributes(attrs({{u"b", true}}), Range{0, 5});
+  s.setAttributes(attrs({{u"i", true}}), Range{7, 5});
+  auto sub = s.attributedSubstringFromRange(Range{3, 6});
+  EXPECT_EQ(runs(*sub), (Runs{"lo:b=1,", ", :", "wo:i=1,"}));
+  EXPECT_EQ(s.attributedSubstringFromRange(Range{12, 0})->length(), 0u);
+  EXPECT_THROW(s.attributedSubstringFromRange(Range{10, 3}), InternalInconsistencyException);
+  s.deleteCharactersInRange(Range{0, 12});
+  EXPECT_EQ(sub->string(), u"lo, wo"); // a copy, not a view
+}
+
+TEST(AttributedString, AppendingInsertingAndSettingWholeStrings) {
+  MutableAttributedString s(u"one", attrs({{u"k", 1}}));
+  AttributedString two(u" two", attrs({{u"k", 2}}));
+  s.appendAttributedString(two);
+  s.appendAttributedString(AttributedString(u"!", attrs({{u"k", 2}})));
+  EXPECT_EQ(runs(s), (Runs{"one:k=1,", " two!:k=2,"}));
+  s.insertAttributedString(AttributedString(u"[", attrs({{u"k", 3}})), 0);
+  EXPECT_EQ(runs(s), (Runs{"[:k=3,", "one:k=1,", " two!:k=2,"}));
+  s.appendAttributedString(s); // itself
+  EXPECT_EQ(s.string(), u"[one two![one two!");
+  EXPECT_EQ(s.attribute(u"k", 9, nullptr), Value(3));
+  s.replaceCharactersInRange(Range{0, 9}, AttributedString(u"plain"));
+  EXPECT_EQ(runs(s).front(), "plain:");
+  s.setAttributedString(two);
+  EXPECT_TRUE(s.isEqualToAttributedString(two));
+  s.setAttributedString(AttributedString());
+  EXPECT_EQ(s.length(), 0u);
+}
+
+TEST(AttributedString, AddingAndRemovingAttributesKeepsTheOthers) {
+  MutableAttributedString s(u"abcdef");
+  s.setAttributes(attrs({{u"k", 1}}), Range{0, 3});
+  s.setAttributes(attrs({{u"k", 2}}), Range{3, 3});
+  s.addAttribute(u"b", true, Range{2, 2});
+  EXPECT_EQ(runs(s), (Runs{"ab:k=1,", "c:b=1,k=1,", "d:b=1,k=2,", "ef:k=2,"}));
+  s.addAttributes(Dictionary{{u"k", 5}, {u"i", true}}, Range{0, 6});
+  EXPECT_EQ(runs(s), (Runs{"ab:i=1,k=5,", "cd:b=1,i=1,k=5,", "ef:i=1,k=5,"}));
+  s.removeAttribute(u"b", Range{0, 6});
+  s.removeAttribute(u"i", Range{0, 6});
+  EXPECT_EQ(runs(s), (Runs{"abcdef:k=5,"}));
+  EXPECT_THROW(s.addAttribute(u"k", Value(), Range{0, 1}), InternalInconsistencyException);
+}
+
+TEST(AttributedString, ParagraphRangesFollowTheLineEnds) {
+  AttributedString s(u"one\ntwo\r\nthree\rfour\u2029five\u2028still five");
+  EXPECT_EQ(s.paragraphRangeForRange(Range{1, 0}), (Range{0, 4}));
+  EXPECT_EQ(s.paragraphRangeForRange(Range{3, 0}), (Range{0, 4}));
+  EXPECT_EQ(s.paragraphRangeForRange(Range{8, 0}), (Range{4, 5})); // the LF of CRLF
+  EXPECT_EQ(s.paragraphRangeForRange(Range{2, 3}), (Range{0, 9}));
+  EXPECT_EQ(s.paragraphRangeForRange(Range{0, 4}), (Range{0, 4}));
+  EXPECT_EQ(s.paragraphRangeForRange(Range{16, 0}), (Range{15, 5}));
+  EXPECT_EQ(s.paragraphRangeForRange(Range{s.length(), 0}), (Range{20, s.length() - 20}));
+  AttributedString ending(u"a\n");
+  EXPECT_EQ(ending.paragraphRangeForRange(Range{2, 0}), (Range{2, 0}));
+}
+
+TEST(AttributedString, NextWordLooksBeyondTheParagraphWhenItMust) {
+  AttributedString s(u"Hello world, again\n\none two");
+  EXPECT_EQ(s.nextWordFromIndex(0, true), 5u);
+  EXPECT_EQ(s.nextWordFromIndex(5, true), 11u);
+  EXPECT_EQ(s.nextWordFromIndex(8, false), 6u);
+  EXPECT_EQ(s.nextWordFromIndex(18, true), 23u); // across the empty paragraph
+  EXPECT_EQ(s.nextWordFromIndex(20, false), 13u);
+  EXPECT_EQ(s.nextWordFromIndex(0, false), 0u);
+  EXPECT_EQ(s.nextWordFromIndex(99, true), s.length());
+
+  std::u16string longParagraph;
+  for (int i = 0; i < 2000; ++i)
+    longParagraph += u"word ";
+  AttributedString big(longParagraph);
+  EXPECT_EQ(big.nextWordFromIndex(5002, true), 5004u);
+  EXPECT_EQ(big.nextWordFromIndex(5002, false), 5000u);
+  AttributedString blanks(std::u16string(9000, u' ') + u"x");
+  EXPECT_EQ(blanks.nextWordFromIndex(10, true), 9001u);
+  EXPECT_EQ(blanks.nextWordFromIndex(8999, false), 0u);
+}
+
+TEST(AttributedString, NextWordAgreesWithTheWholeText) {
+  // Paragraphs of every length, one beyond the window the search starts with.
+  std::mt19937 random(7);
+  const char16_t *pieces[] = {u"word",   u"it's", u"3.5",         u"\u00e9t\u00e9", u" ",
+                              u"  ",     u", ",   u"\n",          u"\r\n",          u"\u2029",
+                              u"\u2028", u"--",   u"\u65e5\u672c"};
+  std::u16string text;
+  while (text.size() < 3000)
+    text += pieces[random() % std::size(pieces)];
+  for (int i = 0; i < 1100; ++i)
+    text += i % 7 ? u"long " : u"line, ";
+  text += u"\nend";
+  AttributedString s(text);
+  for (uint64_t i = 0; i <= text.size(); i += (i < 3100 ? 1 : 97)) {
+    ASSERT_EQ(s.nextWordFromIndex(i, true), nextWordFromIndex(text, i, true)) << i;
+    ASSERT_EQ(s.nextWordFromIndex(i, false), nextWordFromIndex(text, i, false)) << i;
+  }
+}
+
+TEST(AttributedString, FixingGivesEachParagraphTheStyleOfItsFirstCharacter) {
+  auto first = std::make_shared<Marker>(), second = std::make_shared<Marker>();
+  MutableAttributedString s(u"aaaa\nbbbb\ncccc\ndddd");
+  s.addAttribute(ParagraphStyleAttributeName, first, Range{0, 2});
+  s.addAttribute(ParagraphStyleAttributeName, second, Range{2, 5}); // into the next paragraph
+  s.addAttribute(ParagraphStyleAttributeName, first, Range{12, 2}); // after an unstyled start
+  s.fixParagraphStyleAttributeInRange(Range{1, 13});
+  auto styleRun = [&](uint64_t i) {
+    Range r;
+    Value v = s.attribute(ParagraphStyleAttributeName, i, &r, Range{0, s.length()});
+    return std::make_pair(v.object(), r);
+  };
+  EXPECT_EQ(styleRun(0), std::make_pair(ObjectPtr(first), Range{0, 5}));
+  EXPECT_EQ(styleRun(5), std::make_pair(ObjectPtr(second), Range{5, 5}));
+  EXPECT_EQ(styleRun(10), std::make_pair(ObjectPtr(first), Range{10, 5}));
+  EXPECT_EQ(styleRun(15), std::make_pair(ObjectPtr(), Range{15, 4}));
+  EXPECT_THROW(s.fixParagraphStyleAttributeInRange(Range{0, 20}), InternalInconsistencyException);
+}
+
+TEST(AttributedString, FixingDropsAttachmentsFromOrdinaryCharacters) {
+  auto attachment = std::make_shared<Marker>();
+  MutableAttributedString s(u"ab\uFFFCcd");
+  EXPECT_FALSE(s.containsAttachments());
+  s.addAttribute(AttachmentAttributeName, attachment, Range{1, 3});
+  EXPECT_TRUE(s.containsAttachments());
+  s.fixAttributesInRange(Range{0, 5});
+  Range r;
+  EXPECT_FALSE(s.attribute(AttachmentAttributeName, 2, &r, Range{0, 5}).isNil());
+  EXPECT_EQ(r, (Range{2, 1}));
+  EXPECT_TRUE(s.attribute(AttachmentAttributeName, 1, nullptr).isNil());
+  EXPECT_TRUE(s.attribute(AttachmentAttributeName, 3, nullptr).isNil());
+}
+
+TEST(AttributedString, EqualityCopiesAndDescription) {
+  MutableAttributedString a(u"ab");
+  a.setAttributes(attrs({{u"k", 1}}), Range{0, 1});
+  MutableAttributedString b(u"ab");
+  b.setAttributes(attrs({{u"k", 1}}), Range{0, 1});
+  EXPECT_TRUE(a.isEqual(b));
+  b.addAttribute(u"k", 2, Range{1, 1});
+  EXPECT_FALSE(a.isEqual(b));
+  EXPECT_FALSE(a.isEqual(MutableAttributedString(u"ac")));
+
+  auto copy = std::dynamic_pointer_cast<AttributedString>(a.copy());
+  auto mutableCopy = std::dynamic_pointer_cast<MutableAttributedString>(a.mutableCopy());
+  ASSERT_TRUE(copy && mutableCopy);
+  EXPECT_EQ(std::dynamic_pointer_cast<MutableAttributedString>(a.copy()), nullptr);
+  mutableCopy->replaceCharactersInRange(Range{0, 0}, u"x");
+  EXPECT_EQ(a.string(), u"ab");
+  EXPECT_TRUE(copy->isEqual(a));
+  EXPECT_EQ(a.description(), u"a{\n    k = 1;\n}b{\n}");
+}
+
+TEST(AttributedString, SubclassOverridingOnlyThePrimitivesServesEveryOperation) {
+  Forwarding s(true);
+  s.appendAttributedString(AttributedString(u"first line\n", attrs({{u"k", 1}})));
+  s.appendAttributedString(AttributedString(u"second line", attrs({{u"k", 1}})));
+  EXPECT_EQ(s.characterEdits, 2);
+  EXPECT_EQ(s.attributeEdits, 2);
+  EXPECT_EQ(s.contents.string(), u"first line\nsecond line");
+
+  Range r;
+  EXPECT_EQ(s.attribute(u"k", 7, &r, Range{0, s.length()}), Value(1));
+  EXPECT_EQ(r, (Range{0, 22})); // joined across the chopped ranges
+  EXPECT_EQ(s.paragraphRangeForRange(Range{13, 0}), (Range{11, 11}));
+  EXPECT_EQ(s.characterAtIndex(11), u's');
+  EXPECT_EQ(s.substringWithRange(Range{6, 4}), u"line");
+  EXPECT_EQ(s.nextWordFromIndex(11, true), 17u);
+
+  s.addAttribute(u"b", true, Range{3, 10});
+  EXPECT_GT(s.attributeEdits, 2);
+  EXPECT_EQ(runs(s.contents), (Runs{"fir:k=1,", "st line\nse:b=1,k=1,", "cond line:k=1,"}));
+  int before = s.attributeEdits;
+  s.removeAttribute(u"b", Range{0, 22});
+  EXPECT_GT(s.attributeEdits, before);
+  s.deleteCharactersInRange(Range{0, 6});
+  EXPECT_EQ(s.contents.string(), u"line\nsecond line");
+  auto sub = s.attributedSubstringFromRange(Range{5, 6});
+  EXPECT_EQ(runs(*sub), (Runs{"second:k=1,"}));
+  AttributedString copy(s);
+  EXPECT_TRUE(copy.isEqualToAttributedString(s.contents));
+  EXPECT_TRUE(s.isEqualToAttributedString(s.contents));
+
+  int walked = 0;
+  s.enumerateAttribute(u"k", Range{0, s.length()}, 0, [&](const Value &, Range range, bool &) {
+    ++walked;
+    EXPECT_EQ(range, (Range{0, 16}));
+  });
+  EXPECT_EQ(walked, 1);
+}
+
+namespace {
+
+// A plain text and one dictionary per unit: slow and obviously right.
+struct Model {
+  std::u16string text;
+  std::vector<ConstDictionaryPtr> attributes;
+
+  ConstDictionaryPtr inherited(Range r) const {
+    if (r.length)
+      return attributes[r.location];
+    if (r.location)
+      return attributes[r.location - 1];
+    return attributes.empty() ? attrs({}) : attributes[0];
+  }
+  void replace(Range r, std::u16string_view s) {
+    ConstDictionaryPtr a = inherited(r);
+    text.replace(r.location, r.length, s);
+    attributes.erase(attributes.begin() + r.location, attributes.begin() + r.max());
+    attributes.insert(attributes.begin() + r.location, s.size(), a);
+  }
+  void replace(Range r, const AttributedString &s) {
+    replace(r, s.string());
+    for (uint64_t i = 0; i < s.length(); ++i)
+      attributes[r.location + i] = s.attributesAtIndex(i, nullptr);
+  }
+  template <class Change> void change(Range r, const Change &f) {
+    for (uint64_t i = r.location; i < r.max(); ++i) {
+      auto d = std::make_shared<Dictionary>(*attributes[i]);
+      f(*d);
+      attributes[i] = d;
+    }
+  }
+  // The longest run of equal values of `name` around `i`, clipped to `in`.
+  Range longest(std::u16string_view name, uint64_t i, Range in) const {
+    const Value &v = attributes[i]->objectForKey(name);
+    uint64_t s = i, e = i + 1;
+    while (s > in.location && attributes[s - 1]->objectForKey(name).isEqual(v))
+      --s;
+    while (e < in.max() && attributes[e]->objectForKey(name).isEqual(v))
+      ++e;
+    return IntersectionRange(Range{s, e - s}, in);
+  }
+};
+
+class RandomEdits {
+public:
+  explicit RandomEdits(uint32_t seed) : random_(seed) {}
+
+  uint64_t below(uint64_t n) { return n ? random_() % n : 0; }
+  Range range(uint64_t length, uint64_t maxLength) {
+    uint64_t location = below(length + 1);
+    return Range{location, below(std::min(maxLength, length - location) + 1)};
+  }
+  std::u16string text() {
+    static const char16_t units[] = u"abcdefgh  \n\r\u2029";
+    std::u16string s(below(6), u' ');
+    for (auto &c : s)
+      c = units[below(sizeof units / sizeof units[0] - 1)];
+    return s;
+  }
+  std::u16string name() { return below(2) ? u"k" : below(2) ? u"m" : u"v"; }
+  Value value(std::u16string_view name) {
+    if (name == u"k")
+      return Value(static_cast<int64_t>(below(3)));
+    if (name == u"m")
+      return Value(markers_[below(2)]);
+    return Value(std::make_shared<Number>(static_cast<int>(below(2))));
+  }
+  ConstDictionaryPtr dictionary() {
+    auto d = Dictionary::create();
+    for (auto n : {u"k", u"m", u"v"})
+      if (below(2))
+        d->setObject(value(n), n);
+    return d;
+  }
+  MutableAttributedString attributed() {
+    MutableAttributedString s;
+    for (uint64_t i = below(3) + 1; i > 0; --i)
+      s.appendAttributedString(AttributedString(text() + u"x", dictionary()));
+    return s;
+  }
+
+private:
+  std::mt19937 random_;
+  std::shared_ptr<Marker> markers_[2] = {std::make_shared<Marker>(), std::make_shared<Marker>()};
+};
+
+template <class S> void expectSame(const S &s, const Model &m, RandomEdits &random, bool full) {
+  ASSERT_EQ(s.length(), m.text.size());
+  ASSERT_TRUE(s.string() == m.text);
+  if constexpr (requires { s.invariants(); }) {
+    ASSERT_EQ(s.invariants(), "");
+  }
+  uint64_t n = m.text.size();
+  // All units when `full`, else those of one run.
+  for (uint64_t i = full ? 0 : random.below(n); i < n;) {
+    Range r;
+    ConstDictionaryPtr a = s.attributesAtIndex(i, &r);
+    ASSERT_TRUE(r.contains(i));
+    for (uint64_t j = r.location; j < r.max(); ++j)
+      ASSERT_TRUE(m.attributes[j]->isEqual(*a)) << "attributes differ at " << j;
+    i = full ? r.max() : n;
+  }
+  if (n) {
+    uint64_t i = random.below(n);
+    Range in = random.range(n, n);
+    if (!in.contains(i))
+      in = Range{0, n};
+    std::u16string name = random.name();
+    Range longest;
+    Value v = s.attribute(name, i, &longest, in);
+    ASSERT_TRUE(v.isEqual(m.attributes[i]->objectForKey(name)));
+    ASSERT_EQ(longest, m.longest(name, i, in));
+    Range p = random.range(n, 20);
+    ASSERT_EQ(s.paragraphRangeForRange(p), paragraphRangeForRange(m.text, p));
+  }
+}
+
+template <class S> void randomWalk(S &s, uint32_t seed, int steps) {
+  RandomEdits random(seed);
+  Model m;
+  // Start with a few thousand units and hundreds of runs, so blocks split and join.
+  std::u16string start;
+  for (int i = 0; i < 3000; ++i)
+    start += (i % 37 == 36) ? u'\n' : static_cast<char16_t>(u'a' + i % 26);
+  s.replaceCharactersInRange(Range{0, 0}, start);
+  m.replace(Range{0, 0}, start);
+  for (uint64_t at = 0; at < start.size(); at += 1 + random.below(12)) {
+    Range r{at, std::min<uint64_t>(1 + random.below(12), start.size() - at)};
+    auto d = random.dictionary();
+    s.setAttributes(d, r);
+    m.change(r, [&](Dictionary &x) { x.setDictionary(*d); });
+  }
+  for (int step = 0; step < steps; ++step) {
+    uint64_t n = m.text.size();
+    switch (random.below(9)) {
+    case 0:
+    case 1: {
+      Range r = random.range(n, n > 4000 ? 60 : 8);
+      std::u16string t = random.text();
+      s.replaceCharactersInRange(r, t);
+      m.replace(r, t);
+      break;
+    }
+    case 2: {
+      Range r = random.range(n, 300);
+      auto d = random.dictionary();
+      s.setAttributes(d, r);
+      m.change(r, [&](Dictionary &x) { x.setDictionary(*d); });
+      break;
+    }
+    case 3: {
+      Range r = random.range(n, 40);
+      auto name = random.name();
+      Value v = random.value(name);
+      s.addAttribute(name, v, r);
+      m.change(r, [&](Dictionary &x) { x.setObject(v, name); });
+      break;
+    }
+    case 4: {
+      Range r = random.range(n, 40);
+      auto name = random.name();
+      s.removeAttribute(name, r);
+      m.change(r, [&](Dictionary &x) { x.removeObjectForKey(name); });
+      break;
+    }
+    case 5:
+    case 6: {
+      Range r = random.range(n, 10);
+      MutableAttributedString a = random.attributed();
+      s.replaceCharactersInRange(r, a);
+      m.replace(r, a);
+      break;
+    }
+    case 7: {
+      MutableAttributedString a = random.attributed();
+      s.appendAttributedString(a);
+      m.replace(Range{n, 0}, a);
+      break;
+    }
+    default: {
+      Range r = random.range(n, 200);
+      auto sub = s.attributedSubstringFromRange(r);
+      ASSERT_EQ(sub->string(), m.text.substr(r.location, r.length));
+      if (r.length) {
+        ASSERT_TRUE(
+            sub->attributesAtIndex(r.length - 1, nullptr)->isEqual(*m.attributes[r.max() - 1]));
+      }
+    }
+    }
+    expectSame(s, m, random, step % 97 == 0);
+    if (::testing::Test::HasFatalFailure()) {
+      ADD_FAILURE() << "seed " << seed << " step " << step;
+      return;
+    }
+  }
+  expectSame(s, m, random, true);
+}
+
+} // namespace
+
+TEST(AttributedStringModel, RandomEditsMatchANaiveModel) {
+  for (uint32_t seed : {1u, 2u}) {
+    Probe s;
+    randomWalk(s, seed, 2000);
+  }
+}
+
+TEST(AttributedStringModel, ForwardingSubclassMatchesTheModelToo) {
+  Forwarding plain;
+  randomWalk(plain, 4, 800);
+  Forwarding chopped(true);
+  randomWalk(chopped, 5, 800);
+}
+
+TEST(AttributedStringModel, TextStorageMatchesTheModelToo) {
+  TextStorage s;
+  randomWalk(s, 6, 800);
+}
