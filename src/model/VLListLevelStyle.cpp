@@ -221,6 +221,12 @@ void VLListLevelStyle::applyToAttributes(ns::Dictionary &attributes) const {
   attributes.setObject(ns::Value(paragraph), ns::ParagraphStyleAttributeName);
 }
 
+ns::AttributedStringPtr
+VLListLevelStyle::preambleForItemNumber(int64_t number, ns::ConstDictionaryPtr attributes) const {
+  return ns::AttributedString::create(
+      ns::format(u"\t%@\t", textList()->markerForItemNumber(number)), std::move(attributes));
+}
+
 std::u16string VLListLevelStyle::description() const {
   return ns::format(u"%@ level:%lu marker:%@", ns::Object::description(), _level, markerFormat());
 }

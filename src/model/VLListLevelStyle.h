@@ -2,6 +2,7 @@
 // into a platform text list and back through its marker format.
 #pragma once
 
+#include "ns/AttributedString.h"
 #include "ns/Dictionary.h"
 #include "ns/KeyedArchiver.h"
 #include "ns/Object.h"
@@ -106,6 +107,11 @@ public:
   /// the head indent go. VLListStyleAttributeName is set to the list style unless it is
   /// automatic (and removed when there is no list style).
   void applyToAttributes(ns::Dictionary &attributes) const;
+
+  /// "\t<marker>\t" with `attributes`: the marker of the text list for item `number`,
+  /// between the tabs that applyToAttributes lays out.
+  ns::AttributedStringPtr preambleForItemNumber(int64_t number,
+                                                ns::ConstDictionaryPtr attributes) const;
 
   /// "<VLListNumberLevelStyle: 0x...> level:2 marker:{decimal}".
   std::u16string description() const override;

@@ -245,6 +245,17 @@ TEST(VLListTextList, IsMadeFromTheMarkerFormatAndKept) {
   EXPECT_EQ(level->textList()->markerFormat(), u"({upper-roman})");
 }
 
+TEST(VLListTextList, PreambleIsTheMarkerBetweenTabs) {
+  auto attributes = ns::Dictionary::create({{u"key", ns::Value(u"value")}});
+  auto preamble = numberLevel(1, u"i", u")")->preambleForItemNumber(4, attributes);
+  EXPECT_EQ(preamble->string(), u"\tiv)\t");
+  ns::Range run;
+  EXPECT_EQ(preamble->attributesAtIndex(0, &run)->objectForKey(u"key"), ns::Value(u"value"));
+  EXPECT_EQ(run.length, 5u);
+  EXPECT_EQ(makeLevel<VLListBulletLevelStyle>(1)->preambleForItemNumber(9, nullptr)->string(),
+            u"\t\u2022\t");
+}
+
 TEST(VLListTextList, OrderedListsHaveNumberKeywords) {
   for (auto format : {u"{decimal}.", u"({ lower-roman })", u"{upper-alpha}", u"{lower-latin}",
                       u"{octal}", u"{upper-hexadecimal}", u"x{lower-hexadecimal}y"})
