@@ -28,10 +28,6 @@ std::optional<std::u16string> optionalString(const ns::Value &value) {
   return value.isString() ? std::optional(value.string()) : std::nullopt;
 }
 
-template <class Level> VLListLevelStylePtr createLevel(const ns::TextListPtr &list) {
-  return Level::createWithTextList(list);
-}
-
 // The bullet rows of the keyword table, "box" included, in table order.
 struct BulletRow {
   std::u16string_view keyword;
@@ -103,11 +99,11 @@ const VLListLevelClassTable &VLListLevelStyle::listLevelClassByKeyword() {
     for (auto keyword :
          {u"decimal", u"upper-roman", u"lower-roman", u"upper-latin", u"upper-alpha",
           u"lower-latin", u"lower-alpha", u"octal", u"upper-hexadecimal", u"lower-hexadecimal"})
-      made.emplace(keyword, &createLevel<VLListNumberLevelStyle>);
+      made.emplace(keyword, &VLListNumberLevelStyle::createWithTextList);
     // "box" stays out: it is read as a number level (see formatByKeyword).
     for (const auto &row : bulletRows)
       if (row.keyword != u"box")
-        made.emplace(row.keyword, &createLevel<VLListBulletLevelStyle>);
+        made.emplace(row.keyword, &VLListBulletLevelStyle::createWithTextList);
     return made;
   }();
   return table;
@@ -158,7 +154,7 @@ VLListLevelStylePtr VLListLevelStyle::listLevelStyleWithTextList(const ns::TextL
   const auto &classes = listLevelClassByKeyword();
   auto it = keyword ? classes.find(*keyword) : classes.end();
   VLListLevelStyleClass levelClass =
-      it != classes.end() ? it->second : &createLevel<VLListNumberLevelStyle>;
+      it != classes.end() ? it->second : &VLListNumberLevelStyle::createWithTextList;
   return levelClass(source);
 }
 
