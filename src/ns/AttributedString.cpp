@@ -2,6 +2,7 @@
 // primitives so that subclasses keeping their text elsewhere serve every operation.
 #include "ns/AttributedString.h"
 
+#include "ns/Array.h"
 #include "ns/Assert.h"
 #include "ns/AttributeNames.h"
 #include "ns/MutableAttributedString.h"
@@ -321,5 +322,49 @@ ObjectPtr AttributedString::copy() const {
 ObjectPtr AttributedString::mutableCopy() const {
   return std::make_shared<MutableAttributedString>(*this);
 }
+
+} // namespace vl::ns
+
+namespace vl::ns {
+
+void AttributedString::encodeWithCoder(KeyedArchiver &coder) const {
+  coder.encodeObject(Value(std::u16string(string())), u"NSString");
+  auto lengths = Array::create();
+  auto attributes = Array::create();
+  for (const TextRuns::Run &run : runsInRange(Range{0, length()})) {
+    lengths->addObject(Value(run.length));
+    // The archiver only reads the dictionaries; it stores a shared one once.
+    attributes->addObject(Value(std::const_pointer_cast<Dictionary>(run.attributes)));
+  }
+  coder.encodeObject(lengths, u"NSAttributeInfo");
+  coder.encodeObject(attributes, u"NSAttributes");
+}
+
+void AttributedString::initWithCoder(KeyedUnarchiver &coder) {
+  std::u16string text = coder.decodeObjectForKey(u"NSString").string();
+  ArrayPtr lengths = coder.decodeObjectForKey(u"NSAttributeInfo").array();
+  ArrayPtr attributes = coder.decodeObjectForKey(u"NSAttributes").array();
+  std::vector<TextRuns::Run> runs;
+  uint64_t covered = 0;
+  if (lengths && attributes && lengths->count() == attributes->count()) {
+    for (size_t i = 0; i < lengths->count(); ++i) {
+      int64_t runLength = lengths->objectAtIndex(i).integerValue();
+      if (runLength <= 0 || static_cast<uint64_t>(runLength) > text.size() - covered)
+        break;
+      covered += static_cast<uint64_t>(runLength);
+      runs.push_back({static_cast<uint64_t>(runLength), attributes->objectAtIndex(i).dictionary()});
+    }
+  }
+  if (covered != text.size()) {
+    coder.failWithError(Error::errorWithDescription(CocoaErrorDomain, CoderReadCorruptError,
+                                                    u"The attributed string's runs do not cover "
+                                                    u"its text."));
+    return;
+  }
+  storage_ = TextRuns(text, std::move(runs));
+}
+
+VL_REGISTER_CLASS(AttributedString);
+VL_REGISTER_CLASS(MutableAttributedString);
 
 } // namespace vl::ns

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ns/Dictionary.h"
+#include "ns/KeyedArchiver.h"
 #include "ns/Object.h"
 #include "ns/Range.h"
 #include "ns/TextRuns.h"
@@ -49,7 +50,7 @@ using AttributesEnumerationBlock =
 /// Queries at an index equal to length() answer empty attributes (a nil value) with the
 /// effective range {length, 0}, so walks that reach the end stop there. An index or range
 /// beyond length() fails an internal check, as the platform raises its range exception.
-class AttributedString : public Object {
+class AttributedString : public Object, public Coding {
 public:
   VL_OBJECT(NSAttributedString)
 
@@ -139,6 +140,12 @@ public:
   ObjectPtr copy() const override;
   /// A MutableAttributedString with the same text and attributes.
   ObjectPtr mutableCopy() const override;
+
+  /// Keys: "NSString" (the text), "NSAttributeInfo" (the run lengths), "NSAttributes" (one
+  /// dictionary per run; runs sharing a dictionary share it in the archive too).
+  void encodeWithCoder(KeyedArchiver &coder) const override;
+  /// Restores text and runs; an archive whose runs do not cover the text exactly is corrupt.
+  void initWithCoder(KeyedUnarchiver &coder) override;
 
 protected:
   /// The engine when this object's primitives read it, i.e. when no subclass keeps the text

@@ -119,13 +119,9 @@ Value Dictionary::valueForKey(std::u16string_view key) {
   return objectForKey(key);
 }
 
-void Dictionary::setValueForKey(const Value &value, std::u16string_view key) {
-  bool announce = hasObservers() && automaticallyNotifiesObserversForKey(key);
-  if (announce)
-    willChangeValueForKey(key);
+bool Dictionary::kvcSetValueForKey(std::u16string_view key, const Value &value) {
   setObject(value, key);
-  if (announce)
-    didChangeValueForKey(key);
+  return true;
 }
 
 } // namespace vl::ns

@@ -66,8 +66,10 @@ public:
 
   /// objectForKey.
   Value valueForKey(std::u16string_view key) override;
-  /// setObject, announced to observers of the key; nil removes.
-  void setValueForKey(const Value &value, std::u16string_view key) override;
+
+protected:
+  /// setObject (nil removes); Object::setValueForKey announces the change.
+  bool kvcSetValueForKey(std::u16string_view key, const Value &value) override;
 
 private:
   std::vector<Entry>::const_iterator lowerBound(std::u16string_view key) const;

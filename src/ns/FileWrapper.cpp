@@ -600,7 +600,8 @@ struct FileWrapperReader {
 
 Data FileWrapper::serializedRepresentation() const {
   Writer writer;
-  writer.out.insert(writer.out.end(), magic, magic + 4);
+  for (size_t i = 0; i < 4; ++i)
+    writer.u8(static_cast<uint8_t>(magic[i]));
   writer.u8(version);
   writer.node(*this);
   return Data(std::move(writer.out));

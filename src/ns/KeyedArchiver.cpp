@@ -269,20 +269,33 @@ void KeyedArchiver::encodeBool(bool value, std::u16string_view key) {
   impl_->current->setObject(Value(value), key);
 }
 
+namespace {
+// "{a, b}", built piecewise: GCC 12 warns falsely about chains of operator+ on u16strings.
+std::u16string pairString(double a, double b) {
+  std::u16string out = u"{";
+  out += number(a);
+  out += u", ";
+  out += number(b);
+  out += u'}';
+  return out;
+}
+} // namespace
+
 void KeyedArchiver::encodeSize(Size value, std::u16string_view key) {
-  impl_->current->setObject(Value(u"{" + number(value.width) + u", " + number(value.height) + u"}"),
-                            key);
+  impl_->current->setObject(Value(pairString(value.width, value.height)), key);
 }
 
 void KeyedArchiver::encodePoint(Point value, std::u16string_view key) {
-  impl_->current->setObject(Value(u"{" + number(value.x) + u", " + number(value.y) + u"}"), key);
+  impl_->current->setObject(Value(pairString(value.x, value.y)), key);
 }
 
 void KeyedArchiver::encodeRect(Rect value, std::u16string_view key) {
-  impl_->current->setObject(Value(u"{{" + number(value.origin.x) + u", " + number(value.origin.y) +
-                                  u"}, {" + number(value.size.width) + u", " +
-                                  number(value.size.height) + u"}}"),
-                            key);
+  std::u16string out = u"{";
+  out += pairString(value.origin.x, value.origin.y);
+  out += u", ";
+  out += pairString(value.size.width, value.size.height);
+  out += u'}';
+  impl_->current->setObject(Value(std::move(out)), key);
 }
 
 Data KeyedArchiver::finishEncodingWithRootObject(const Value &root) {

@@ -96,3 +96,7 @@ void TextStorage::removeLayoutManager(LayoutManager *layoutManager) {
 }
 
 } // namespace vl::ns
+
+namespace vl::ns {
+VL_REGISTER_CLASS(TextStorage);
+} // namespace vl::ns

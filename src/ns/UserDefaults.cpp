@@ -245,13 +245,9 @@ Value UserDefaults::valueForKey(std::u16string_view key) {
   return objectForKey(key);
 }
 
-void UserDefaults::setValueForKey(const Value &value, std::u16string_view key) {
-  bool announce = hasObservers() && automaticallyNotifiesObserversForKey(key);
-  if (announce)
-    willChangeValueForKey(key);
+bool UserDefaults::kvcSetValueForKey(std::u16string_view key, const Value &value) {
   setObject(value, key);
-  if (announce)
-    didChangeValueForKey(key);
+  return true;
 }
 
 } // namespace vl::ns

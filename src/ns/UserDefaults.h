@@ -76,7 +76,10 @@ public:
   bool synchronize(ErrorPtr *error = nullptr);
 
   Value valueForKey(std::u16string_view key) override;
-  void setValueForKey(const Value &value, std::u16string_view key) override;
+
+protected:
+  /// setObject (nil removes); Object::setValueForKey announces the change.
+  bool kvcSetValueForKey(std::u16string_view key, const Value &value) override;
 
 private:
   DictionaryPtr values_;

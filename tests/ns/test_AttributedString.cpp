@@ -1,8 +1,11 @@
 // Attributed strings: runs and their merging, reads, enumeration, edits, subclasses that keep
 // their text elsewhere, and a long random walk against a naive model.
+#include "ns/Array.h"
 #include "ns/Assert.h"
 #include "ns/AttributeNames.h"
+#include "ns/KeyedArchiver.h"
 #include "ns/MutableAttributedString.h"
+#include "ns/PropertyListSerialization.h"
 #include "ns/String.h"
 #include "ns/TextStorage.h"
 
@@ -673,4 +676,36 @@ TEST(AttributedStringModel, ForwardingSubclassMatchesTheModelToo) {
 TEST(AttributedStringModel, TextStorageMatchesTheModelToo) {
   TextStorage s;
   randomWalk(s, 6, 800);
+}
+
+TEST(AttributedStringCoding, ArchiveRoundTripKeepsRunsAndSharesDictionaries) {
+  auto bold = Dictionary::create({{u"weight", u"bold"}});
+  auto text = MutableAttributedString::create(u"one two three");
+  text->setAttributes(bold, Range{0, 3});
+  text->setAttributes(bold, Range{8, 5});
+  Value decoded = KeyedUnarchiver::unarchiveObjectWithData(
+      KeyedArchiver::archivedDataWithRootObject(Value(text)));
+  auto copy = decoded.as<MutableAttributedString>();
+  ASSERT_TRUE(copy);
+  EXPECT_TRUE(copy->isEqualToAttributedString(*text));
+  EXPECT_EQ(copy->attributesAtIndex(0, nullptr), copy->attributesAtIndex(10, nullptr));
+}
+
+TEST(AttributedStringCoding, RunsThatDoNotCoverTheTextAreCorrupt) {
+  auto text = AttributedString::create(u"abc", Dictionary::create({{u"k", 1}}));
+  Data archive = KeyedArchiver::archivedDataWithRootObject(Value(text));
+  // Make the one run longer than the text.
+  Value plist = PropertyListSerialization::propertyListWithData(archive);
+  ArrayPtr objects = plist.dictionary()->objectForKey(u"$objects").array();
+  ASSERT_TRUE(objects);
+  for (Value &v : *objects)
+    if (v.isInteger() && v.integerValue() == 3)
+      v = Value(4);
+  Data corrupt =
+      PropertyListSerialization::dataWithPropertyList(plist, PropertyListBinaryFormat_v1_0);
+  ASSERT_FALSE(corrupt.empty());
+  ErrorPtr error;
+  EXPECT_TRUE(KeyedUnarchiver::unarchiveObjectWithData(corrupt, &error).isNil());
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code(), CoderReadCorruptError);
 }

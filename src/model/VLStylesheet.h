@@ -1,0 +1,187 @@
+// VLStylesheet: the styles a document owns, with their list styles, graphic styles, page
+// layouts and font table, the lookups over them, and the default stylesheets.
+#pragma once
+
+#include "model/VLFontTable.h"
+#include "model/VLGraphicStyle.h"
+#include "model/VLPageLayout.h"
+#include "model/VLStyle.h"
+#include "ns/Dictionary.h"
+#include "ns/Font.h"
+#include "ns/KeyedArchiver.h"
+#include "ns/Object.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vl {
+
+class VLStylesheet;
+using VLStylesheetPtr = std::shared_ptr<VLStylesheet>;
+
+/// One key of a sort: a key-value coding key and a direction.
+struct VLSortDescriptor {
+  std::u16string key;
+  bool ascending = true;
+
+  /// Compares the values of `key` of two objects (ns::Value::compare; nil orders first).
+  ns::ComparisonResult compareObject(ns::Object &a, ns::Object &b) const;
+};
+
+/// A collection of styles in insertion order; every lookup is linear and answers the first
+/// match in that order. A style's parent, next and tab links point into the same sheet, and
+/// the sheet owns the rings they form: when it goes it sets, for every style it holds, the
+/// tab, next and parent style to nil, in that order. A style has no link back to its
+/// stylesheet, so one style may sit in two sheets; removal touches only the sheet called.
+///
+/// Copying is an archive round trip, so a copy is deep and rings among the styles stay
+/// rings among the copies.
+///
+/// Keyed coding keys, all objects: "displayName", "fontTable", "styles", "listStyles",
+/// "graphicStyles", "pageLayoutStyles", "properties".
+class VLStylesheet : public ns::Object, public ns::Coding {
+public:
+  // List styles are held as plain objects until their class joins the model; this name is
+  // where its type will go.
+  using ListStylePtr = ns::ObjectPtr;
+
+  /// initWithFontTable: with nil: empty collections and no font table.
+  VLStylesheet() = default;
+  /// Empty collections and `fontTable`.
+  explicit VLStylesheet(VLFontTablePtr fontTable) : _fontTable(std::move(fontTable)) {}
+  VLStylesheet(const VLStylesheet &) = delete;
+  VLStylesheet &operator=(const VLStylesheet &) = delete;
+  ~VLStylesheet() override;
+  static VLStylesheetPtr create(VLFontTablePtr fontTable = nullptr) {
+    return std::make_shared<VLStylesheet>(std::move(fontTable));
+  }
+
+  VL_OBJECT(VLStylesheet)
+
+  // Plain accessors.
+
+  const std::optional<std::u16string> &displayName() const { return _displayName; }
+  void setDisplayName(std::optional<std::u16string> name) { _displayName = std::move(name); }
+  /// May be nil.
+  const VLFontTablePtr &fontTable() const { return _fontTable; }
+  void setFontTable(VLFontTablePtr fontTable) { _fontTable = std::move(fontTable); }
+  /// Free-form values; never null.
+  const ns::DictionaryPtr &properties() const { return _properties; }
+
+  // Paragraph and text styles.
+
+  /// The styles in insertion order (the live array).
+  const std::vector<VLStylePtr> &styles() const { return _styles; }
+  /// Replaces the array (nil entries dropped); no change notice.
+  void setStyles(std::vector<VLStylePtr> styles);
+  /// Appends `style` unless the sheet holds that very object; announced to observers of
+  /// "styles". Nil is ignored.
+  void addStyle(VLStylePtr style);
+  /// Every other style whose parent, next or tab style is `style` gets nil there, then
+  /// `style` is removed; announced to observers of "styles". The removed style keeps its own
+  /// links.
+  void removeStyle(const VLStylePtr &style);
+  /// Points every other style's parent, next and tab links at `newStyle` instead of
+  /// `oldStyle`, then removes the old style and adds the new one at the end.
+  void replaceStyle(const VLStylePtr &oldStyle, VLStylePtr newStyle);
+
+  /// The first style with that style name; nil for nil.
+  VLStylePtr styleForName(std::optional<std::u16string_view> name) const;
+  /// The first style with that display name (a style without one answers with its style
+  /// name); nil for nil.
+  VLStylePtr styleForDisplayName(std::optional<std::u16string_view> displayName) const;
+  /// The first style whose own outline level (10 meaning none) equals `level`.
+  VLStylePtr styleForOutlineLevel(int64_t level) const;
+  /// The first style whose cascaded header level equals `level`. For 0 a default style is
+  /// passed over while any other style has level 0.
+  VLStylePtr styleForHeaderLevel(int64_t level) const;
+  /// The first default paragraph style; when there is none a new one is added, so this
+  /// never answers nil.
+  VLStylePtr defaultParagraphStyle();
+  /// The first default text style, or nil; none is made.
+  VLStylePtr defaultTextStyle() const;
+  /// True when any style paginates as a screenplay element, keeps with next or avoids
+  /// widows and orphans.
+  bool requiresSpecialPagination() const;
+  /// outlineSettingsForStyle of the style shown as "Body Text", else of the default
+  /// paragraph style.
+  ns::DictionaryPtr defaultOutlineSettings();
+  /// {"outlineLevelSettings": [{"displayName", "defaultStyle"}]} for `style` (its display and
+  /// style name); nil means the default paragraph style.
+  ns::DictionaryPtr outlineSettingsForStyle(VLStylePtr style);
+  /// By "outlineLevel", then "displayName", then "isDefaultStyle", all ascending.
+  static std::vector<VLSortDescriptor> defaultSortDescriptors();
+
+  // Graphic styles.
+
+  /// A new array with the graphic styles.
+  std::vector<VLGraphicStylePtr> graphicStyles() const { return _graphicStyles; }
+  /// Appends; no test for duplicates, no change notice.
+  void addGraphicStyle(VLGraphicStylePtr style);
+  void removeGraphicStyle(const VLGraphicStylePtr &style);
+  /// The first graphic style flagged default; when there is none a new default graphic style
+  /// is added.
+  VLGraphicStylePtr defaultGraphicStyle();
+
+  // List styles and page layouts.
+
+  /// The live array.
+  const std::vector<ListStylePtr> &listStyles() const { return _listStyles; }
+  /// Appends; no test for duplicates, no change notice.
+  void addListStyle(ListStylePtr listStyle);
+  void removeListStyle(const ListStylePtr &listStyle);
+  /// The live array.
+  const std::vector<VLPageLayoutPtr> &pageLayoutStyles() const { return _pageLayoutStyles; }
+  /// Plain; no change notice.
+  void setPageLayoutStyles(std::vector<VLPageLayoutPtr> layouts) {
+    _pageLayoutStyles = std::move(layouts);
+  }
+  /// Appends unless the sheet holds that very object, announced to observers of
+  /// "pageLayoutStyles".
+  void addPageLayoutStyle(VLPageLayoutPtr layout);
+  /// Removes, announced to observers of "pageLayoutStyles".
+  void removePageLayoutStyle(const VLPageLayoutPtr &layout);
+
+  // The default stylesheets. Display names are localized and style names are formed from
+  // them; each sheet ends with the default graphic style.
+
+  /// "Default Style", "Body Text" and "Heading 1" to "Heading 3".
+  static VLStylesheetPtr defaultStylesheet();
+  /// "Chapter Title", "Section Text", "Section Separator", "Header" and a default style in
+  /// `font` (nil: Courier 12). The body indent is 36 for a Courier family, else 18.
+  static VLStylesheetPtr defaultNovelStylesheetWithFont(ns::FontPtr font);
+  static VLStylesheetPtr defaultNovelStylesheet();
+  /// "Action", "Scene Heading", "Character", "Dialogue", "Parenthetical", "Transition" and a
+  /// default style in `font` (nil: Courier 12) with lines exactly 12 points high.
+  static VLStylesheetPtr defaultScreenplayStylesheetWithFont(ns::FontPtr font);
+  static VLStylesheetPtr defaultScreenplayStylesheet();
+
+  /// A deep copy through the keyed archiver; nil only if the archive cannot be read back.
+  ns::ObjectPtr copy() const override;
+
+  void encodeWithCoder(ns::KeyedArchiver &coder) const override;
+  void initWithCoder(ns::KeyedUnarchiver &coder) override;
+
+protected:
+  /// "styles", "graphicStyles", "listStyles", "pageLayoutStyles" (new arrays),
+  /// "displayName", "fontTable", "properties".
+  bool kvcValueForKey(std::u16string_view key, ns::Value &value) override;
+
+private:
+  /// Points every other style's parent, next and tab links to `from` at `to`.
+  void pointLinks(const VLStylePtr &from, const VLStylePtr &to);
+
+  std::vector<ListStylePtr> _listStyles;
+  std::vector<VLGraphicStylePtr> _graphicStyles;
+  std::vector<VLPageLayoutPtr> _pageLayoutStyles;
+  ns::DictionaryPtr _properties = ns::Dictionary::create();
+  std::optional<std::u16string> _displayName;
+  VLFontTablePtr _fontTable;
+  std::vector<VLStylePtr> _styles;
+};
+
+} // namespace vl

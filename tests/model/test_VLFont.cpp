@@ -1,0 +1,255 @@
+// Fonts and font tables: late resolution, flags that only rise, lookups, copies and archives.
+#include "model/VLFont.h"
+#include "model/VLFontTable.h"
+#include "ns/Assert.h"
+#include "ns/FontManager.h"
+#include "ns/KeyedArchiver.h"
+#include "ns/String.h"
+
+#include <gtest/gtest.h>
+
+using namespace vl;
+using vl::ns::Font;
+using vl::ns::FontPtr;
+
+namespace {
+
+FontPtr platformFont(std::u16string_view name) {
+  auto font = Font::fontWithName(name, 12);
+  EXPECT_NE(font, nullptr);
+  return font;
+}
+
+std::u16string nameOf(const FontPtr &font) {
+  return font ? font->fontName() : u"(nil)";
+}
+
+template <class T> std::shared_ptr<T> roundTrip(const std::shared_ptr<T> &object) {
+  ns::ErrorPtr error;
+  ns::Value decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(
+      ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(object)), &error);
+  EXPECT_EQ(error, nullptr);
+  return decoded.as<T>();
+}
+
+} // namespace
+
+TEST(VLFont, FontWithNSFontTakesNameFamilyAndTraits) {
+  auto font = VLFont::fontWithNSFont(platformFont(u"Times-BoldItalic"));
+  EXPECT_EQ(font->fontName(), u"Times-BoldItalic");
+  EXPECT_EQ(font->fontFamilyName(), u"Times");
+  EXPECT_TRUE(font->hasBoldFontWeight());
+  EXPECT_TRUE(font->hasItalicFontStyle());
+  EXPECT_EQ(nameOf(font->nsFont()), u"Times-BoldItalic");
+
+  try {
+    VLFont::fontWithNSFont(nullptr);
+    ADD_FAILURE() << "a nil font must fail the check";
+  } catch (const ns::InternalInconsistencyException &e) {
+    EXPECT_EQ(e.description(), "Invalid parameter not satisfying: nsFont");
+  }
+}
+
+TEST(VLFont, ResolvesByNameFirst) {
+  auto font = VLFont::font();
+  font->setFontName(u"Courier-Bold");
+  font->setFontFamilyName(u"Times");
+  EXPECT_EQ(nameOf(font->nsFont()), u"Courier-Bold") << "a found name wins over the family";
+  EXPECT_EQ(font->nsFont()->pointSize(), 12.0);
+  EXPECT_EQ(font->fontFamilyName(), u"Courier") << "the resolved font's family replaces it";
+  EXPECT_TRUE(font->hasBoldFontWeight());
+}
+
+TEST(VLFont, ResolvesThroughFamilyAndFlagsWhenTheNameIsUnknown) {
+  auto font = VLFont::font();
+  font->setFontName(u"Garamond Premier Pro");
+  font->setFontFamilyName(u"Times");
+  font->setHasBoldFontWeight(true);
+  font->setHasItalicFontStyle(true);
+  FontPtr resolved = font->nsFont();
+  EXPECT_EQ(nameOf(resolved), u"Times-BoldItalic");
+  EXPECT_EQ(font->nsFont().get(), resolved.get()) << "resolved once, then kept";
+  EXPECT_EQ(font->fontName(), u"Garamond Premier Pro") << "the file's name stays";
+
+  auto plain = VLFont::font();
+  EXPECT_EQ(nameOf(plain->nsFont()), nameOf(Font::userFontOfSize(12)))
+      << "nothing named: the user font";
+
+  auto bold = VLFont::font();
+  bold->setHasBoldFontWeight(true);
+  EXPECT_EQ(nameOf(bold->nsFont()), u"Helvetica-Bold") << "the user font made bold";
+}
+
+TEST(VLFont, SetNSFontRaisesFlagsAndNeverClearsThem) {
+  auto font = VLFont::font();
+  font->setHasBoldFontWeight(true);
+  font->setNSFont(platformFont(u"Helvetica"));
+  EXPECT_TRUE(font->hasBoldFontWeight()) << "a plain font leaves the bold request standing";
+  EXPECT_FALSE(font->hasItalicFontStyle());
+  EXPECT_EQ(font->fontFamilyName(), u"Helvetica");
+  EXPECT_FALSE(font->fontName()) << "setting the font does not name it";
+
+  font->setNSFont(platformFont(u"Courier-Oblique"));
+  EXPECT_TRUE(font->hasItalicFontStyle());
+  EXPECT_EQ(font->fontFamilyName(), u"Courier");
+
+  font->setNSFont(nullptr);
+  EXPECT_EQ(font->fontFamilyName(), u"Courier") << "forgetting the font keeps its family";
+  EXPECT_EQ(nameOf(font->nsFont()), u"Courier-BoldOblique") << "and resolves again from it";
+}
+
+TEST(VLFont, DescriptionShowsNameAndNumber) {
+  auto font = VLFont::font();
+  std::u16string base = font->Object::description();
+  EXPECT_EQ(font->description(), base + u" (null) (0)");
+  font->setFontName(u"Courier");
+  font->setFontNumber(3);
+  EXPECT_EQ(font->description(), base + u" Courier (3)");
+}
+
+TEST(VLFont, CopiesGoThroughTheSetters) {
+  auto font = VLFont::font();
+  font->setFontName(u"Times-Bold");
+  font->setGenericFontFamilyName(u"roman");
+  font->setCharset(77);
+  font->setFontNumber(4);
+  font->nsFont();
+  font->setHasBoldFontWeight(false);
+
+  auto copy = ns::copyOf(*font);
+  EXPECT_NE(copy.get(), font.get());
+  EXPECT_EQ(copy->fontName(), u"Times-Bold");
+  EXPECT_EQ(copy->fontFamilyName(), u"Times");
+  EXPECT_EQ(copy->genericFontFamilyName(), u"roman");
+  EXPECT_EQ(copy->charset(), 77);
+  EXPECT_EQ(copy->fontNumber(), 4);
+  EXPECT_EQ(copy->nsFont().get(), font->nsFont().get());
+  EXPECT_TRUE(copy->hasBoldFontWeight()) << "the copy's font raises the flag again";
+
+  auto unresolved = VLFont::font();
+  unresolved->setFontFamilyName(u"Courier");
+  EXPECT_EQ(ns::copyOf(*unresolved)->fontFamilyName(), u"Courier");
+}
+
+TEST(VLFont, ArchivesEveryField) {
+  auto font = VLFont::font();
+  font->setFontName(u"Palatino-Italic");
+  font->setHasBoldFontWeight(true);
+  font->setCharset(238);
+  font->setFontNumber(-2);
+  font->nsFont();
+  auto back = roundTrip(font);
+  ASSERT_NE(back, nullptr);
+  EXPECT_EQ(back->fontName(), u"Palatino-Italic");
+  EXPECT_EQ(back->fontFamilyName(), u"Palatino");
+  EXPECT_FALSE(back->genericFontFamilyName()) << "nil stays nil";
+  EXPECT_TRUE(back->hasBoldFontWeight());
+  EXPECT_TRUE(back->hasItalicFontStyle());
+  EXPECT_EQ(back->charset(), 238);
+  EXPECT_EQ(back->fontNumber(), -2);
+  ASSERT_NE(back->nsFont(), nullptr);
+  EXPECT_TRUE(back->nsFont()->isEqual(*font->nsFont()));
+
+  auto empty = roundTrip(VLFont::font());
+  ASSERT_NE(empty, nullptr);
+  EXPECT_FALSE(empty->fontName());
+  EXPECT_FALSE(empty->fontFamilyName());
+  EXPECT_FALSE(empty->hasBoldFontWeight());
+}
+
+TEST(VLFontTable, FindsTheFirstFontByName) {
+  VLFontTable table;
+  auto nameless = VLFont::font();
+  auto first = VLFont::font();
+  first->setFontName(u"Courier");
+  first->setFontNumber(1);
+  auto second = VLFont::font();
+  second->setFontName(u"Courier");
+  second->setFontNumber(2);
+  table.addFont(nameless);
+  table.addFont(first);
+  table.addFont(second);
+  table.addFont(first);
+  table.addFont(nullptr);
+  EXPECT_EQ(table.fonts()->count(), 4u) << "duplicates are kept, nil is not added";
+  EXPECT_EQ(table.fontForName(u"Courier"), first);
+  EXPECT_EQ(table.fontForName(u"courier"), nullptr);
+  EXPECT_EQ(table.fontForName(u""), nullptr) << "a font without a name matches nothing";
+  EXPECT_EQ(VLFontTable().fontForName(u"Courier"), nullptr);
+}
+
+TEST(VLFontTable, FindsByPlatformFontResolvingEveryFontItPasses) {
+  VLFontTable table;
+  auto courier = VLFont::font();
+  courier->setFontName(u"Courier");
+  auto times = VLFont::font();
+  times->setFontName(u"Times-Bold");
+  auto later = VLFont::font();
+  later->setFontName(u"Helvetica");
+  table.addFont(courier);
+  table.addFont(times);
+  table.addFont(later);
+
+  EXPECT_EQ(table.fontForNSFont(platformFont(u"Times-Bold")), times);
+  EXPECT_EQ(courier->fontFamilyName(), u"Courier") << "passed, so resolved";
+  EXPECT_FALSE(later->fontFamilyName()) << "not reached, so not resolved";
+
+  EXPECT_EQ(table.fontForNSFont(Font::fontWithName(u"Times-Bold", 13)), nullptr)
+      << "size is part of equality";
+  EXPECT_EQ(later->fontFamilyName(), u"Helvetica");
+  EXPECT_EQ(table.fontForNSFont(nullptr), nullptr);
+}
+
+TEST(VLFontTable, DescriptionIsTheBaseAndTheArray) {
+  VLFontTable table;
+  table.addFont(VLFont::font());
+  EXPECT_EQ(table.description(),
+            table.Object::description() + u"\n" + table.fonts()->description());
+}
+
+TEST(VLFontTable, CopiesMakeNewContainersAndFonts) {
+  auto table = std::make_shared<VLFontTable>();
+  auto font = VLFont::font();
+  font->setFontName(u"Georgia");
+  table->addFont(font);
+  table->properties()->setObject(ns::Value(3), u"RTFCurrentGroup");
+
+  auto copy = ns::copyOf(*table);
+  ASSERT_EQ(copy->fonts()->count(), 1u);
+  auto copied = copy->fonts()->objectAtIndex(0).as<VLFont>();
+  ASSERT_NE(copied, nullptr);
+  EXPECT_NE(copied.get(), font.get());
+  EXPECT_EQ(copied->fontName(), u"Georgia");
+  EXPECT_NE(copy->fonts().get(), table->fonts().get());
+  EXPECT_EQ(copy->properties()->objectForKey(u"RTFCurrentGroup"), ns::Value(3));
+
+  copy->addFont(VLFont::font());
+  copy->properties()->removeAllObjects();
+  EXPECT_EQ(table->fonts()->count(), 1u);
+  EXPECT_EQ(table->properties()->count(), 1u);
+}
+
+TEST(VLFontTable, ArchivesFontsAndProperties) {
+  auto table = std::make_shared<VLFontTable>();
+  auto font = VLFont::font();
+  font->setFontName(u"Verdana");
+  font->setFontNumber(5);
+  table->addFont(font);
+  table->addFont(font);
+  table->properties()->setObject(ns::Value(u"fonttbl"), u"RTFDestinationType");
+
+  auto back = roundTrip(table);
+  ASSERT_NE(back, nullptr);
+  ASSERT_EQ(back->fonts()->count(), 2u);
+  auto first = back->fonts()->objectAtIndex(0).as<VLFont>();
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->fontName(), u"Verdana");
+  EXPECT_EQ(first->fontNumber(), 5);
+  EXPECT_EQ(back->fonts()->objectAtIndex(1).object(), first) << "one font, stored once";
+  EXPECT_EQ(back->properties()->objectForKey(u"RTFDestinationType"), ns::Value(u"fonttbl"));
+
+  auto empty = roundTrip(std::make_shared<VLFontTable>());
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(empty->fonts()->count(), 0u);
+  EXPECT_NE(empty->properties(), nullptr);
+}

@@ -1,0 +1,124 @@
+// Master pages: made from print information, header and footer variants, coding.
+#include "ModelTestSupport.h"
+#include "model/VLMasterPage.h"
+
+#include <gtest/gtest.h>
+
+using namespace vl;
+
+namespace {
+
+ns::AttributedStringPtr text(std::u16string_view string) {
+  return ns::AttributedString::create(string);
+}
+
+std::u16string stringOf(const ns::AttributedStringPtr &text) {
+  return text ? std::u16string(text->string()) : u"(nil)";
+}
+
+} // namespace
+
+TEST(VLMasterPage, MadeFromPrintInfoHasOnlyALayout) {
+  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
+  ASSERT_TRUE(page->pageLayout());
+  EXPECT_EQ(page->pageLayout()->contentTopMargin(), 72);
+  EXPECT_EQ(page->pageLayout()->topMargin(), 37);
+  EXPECT_FALSE(page->name());
+  EXPECT_FALSE(page->header());
+  EXPECT_FALSE(page->hasHeaders());
+  EXPECT_FALSE(page->differentFirstHeader());
+
+  EXPECT_FALSE(VLMasterPage::create()->pageLayout());
+}
+
+TEST(VLMasterPage, TurningAVariantOnSharesTheNormalTextAndOffDropsIt) {
+  auto page = VLMasterPage::create();
+  auto header = text(u"Chapter");
+  page->setHeader(header);
+  page->setDifferentFirstHeader(true);
+  EXPECT_EQ(page->firstHeader(), header);
+  page->setDifferentFirstHeader(false);
+  EXPECT_FALSE(page->firstHeader());
+
+  page->setHeader(text(u"Part"));
+  page->setDifferentFirstHeader(true);
+  EXPECT_EQ(stringOf(page->firstHeader()), u"Part"); // the header as it is now
+
+  // Setting the flag it already has keeps what was typed into the variant.
+  page->setFirstHeader(text(u"Title page"));
+  page->setDifferentFirstHeader(true);
+  EXPECT_EQ(stringOf(page->firstHeader()), u"Title page");
+  // And setting the normal text leaves the variant alone.
+  page->setHeader(text(u"Other"));
+  EXPECT_EQ(stringOf(page->firstHeader()), u"Title page");
+}
+
+TEST(VLMasterPage, EachVariantStartsFromItsNormalText) {
+  auto page = VLMasterPage::create();
+  page->setHeader(text(u"H"));
+  page->setFooter(text(u"F"));
+  page->setDifferentHeaders(true);
+  page->setDifferentFirstFooter(true);
+  page->setDifferentFooters(true);
+  EXPECT_EQ(page->leftHeader(), page->header());
+  EXPECT_EQ(page->firstFooter(), page->footer());
+  EXPECT_EQ(page->leftFooter(), page->footer());
+  EXPECT_FALSE(page->firstHeader());
+  page->setDifferentFooters(false);
+  EXPECT_FALSE(page->leftFooter());
+  EXPECT_EQ(stringOf(page->firstFooter()), u"F");
+}
+
+TEST(VLMasterPage, RoundTripsLayoutFlagsAndTexts) {
+  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
+  page->setName(u"Standard");
+  page->setNextStyleName(u"Left");
+  page->setHasHeaders(true);
+  page->setCanMirrorPages(true);
+  page->setHeader(text(u"Header"));
+  page->setFooter(text(u"Footer"));
+  page->setDifferentFirstHeader(true);
+  page->setDifferentFooters(true);
+  // Variants typed apart from the normal texts must not be overwritten by the flags' copies.
+  page->setFirstHeader(text(u"First"));
+  page->setLeftFooter(nullptr);
+  page->pageLayout()->setLeftMargin(108);
+
+  auto decoded = vl::test::roundTrip(page);
+  ASSERT_TRUE(decoded);
+  EXPECT_EQ(decoded->name(), u"Standard");
+  EXPECT_EQ(decoded->nextStyleName(), u"Left");
+  EXPECT_TRUE(decoded->hasHeaders());
+  EXPECT_FALSE(decoded->hasFooters());
+  EXPECT_TRUE(decoded->canMirrorPages());
+  EXPECT_TRUE(decoded->differentFirstHeader());
+  EXPECT_FALSE(decoded->differentHeaders());
+  EXPECT_FALSE(decoded->differentFirstFooter());
+  EXPECT_TRUE(decoded->differentFooters());
+  EXPECT_EQ(stringOf(decoded->header()), u"Header");
+  EXPECT_EQ(stringOf(decoded->footer()), u"Footer");
+  EXPECT_EQ(stringOf(decoded->firstHeader()), u"First");
+  EXPECT_FALSE(decoded->leftFooter());
+  EXPECT_FALSE(decoded->leftHeader());
+  ASSERT_TRUE(decoded->pageLayout());
+  EXPECT_EQ(decoded->pageLayout()->leftMargin(), 108);
+  EXPECT_EQ(decoded->pageLayout()->contentTopMargin(), 72);
+}
+
+TEST(VLMasterPage, ArchivesUnderItsOwnKeys) {
+  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
+  EXPECT_EQ(vl::test::archivedKeys(ns::Value(page), u"VLMasterPage"),
+            vl::test::sorted({u"_name", u"_displayName", u"_properties", u"PageLayout",
+                              u"_hasHeaders", u"_hasFooters", u"_differentFirstHeader",
+                              u"_differentFirstFooter", u"_differentHeaders", u"_differentFooters",
+                              u"Header", u"Footer", u"FirstHeader", u"FirstFooter", u"LeftHeader",
+                              u"LeftFooter", u"NextStyleName", u"_canMirrorPages"}));
+}
+
+TEST(VLMasterPage, KeyValueCodingGoesThroughTheSetters) {
+  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
+  page->setValueForKey(ns::Value(text(u"H")), u"header");
+  page->setValueForKey(ns::Value(true), u"differentHeaders");
+  EXPECT_EQ(stringOf(page->leftHeader()), u"H");
+  EXPECT_EQ(page->valueForKeyPath(u"pageLayout.contentTopMargin"), ns::Value(72.0));
+}

@@ -1,0 +1,718 @@
+// Styles: the defines word, the cascade of getters, application to attributes, comparison
+// and derived styles, resets, names, line spacing modes, copies and coding.
+#include "ModelTestSupport.h"
+#include "model/VLConstants.h"
+#include "model/VLGraphicStyle.h"
+#include "model/VLParagraphStyleAdditions.h"
+#include "model/VLStyle.h"
+#include "model/VLStylesheet.h"
+#include "ns/Array.h"
+#include "ns/Assert.h"
+#include "ns/AttributeNames.h"
+#include "ns/Bundle.h"
+#include "ns/FontManager.h"
+
+#include <gtest/gtest.h>
+
+using namespace vl;
+using ns::Value;
+
+namespace {
+
+ns::FontPtr font(std::u16string_view name, double size) {
+  ns::FontPtr found = ns::Font::fontWithName(name, size);
+  EXPECT_TRUE(found) << "font missing from the catalogue";
+  return found;
+}
+
+VLStylePtr childOf(const VLStylePtr &parent) {
+  VLStylePtr style = VLStyle::create();
+  style->setParentStyle(parent);
+  return style;
+}
+
+ns::DictionaryPtr plainAttributes() {
+  return ns::Dictionary::create(
+      {{u"NSFont", font(u"Helvetica", 12)},
+       {u"NSParagraphStyle", ns::ParagraphStyle::defaultParagraphStyle()}});
+}
+
+const ns::ParagraphStyle &paragraphOf(const ns::Dictionary &attributes) {
+  return *attributes.objectForKey(ns::ParagraphStyleAttributeName).as<ns::ParagraphStyle>();
+}
+
+ns::FontPtr fontOf(const ns::Dictionary &attributes) {
+  return attributes.objectForKey(ns::FontAttributeName).as<ns::Font>();
+}
+
+template <class F> std::string assertionOf(F &&f) {
+  try {
+    f();
+  } catch (const ns::InternalInconsistencyException &e) {
+    return e.description();
+  }
+  return "(no assertion)";
+}
+
+} // namespace
+
+TEST(VLStyle, FreshStyleAnswersThePlatformDefaultsAndIsEmpty) {
+  auto style = VLStyle::create();
+  const auto &platform = *ns::ParagraphStyle::defaultParagraphStyle();
+  EXPECT_EQ(style->alignment(), platform.alignment());
+  EXPECT_EQ(style->baseWritingDirection(), platform.baseWritingDirection());
+  EXPECT_EQ(style->tighteningFactor(), double(platform.tighteningFactorForTruncation()));
+  EXPECT_EQ(style->defaultTabInterval(), 36.0);
+  EXPECT_TRUE(style->tabStops().empty());
+  EXPECT_EQ(style->fontSize(), 12.0);
+  EXPECT_EQ(style->font(), nullptr);
+  EXPECT_FALSE(style->hasBoldFontWeight());
+  EXPECT_FALSE(style->hasItalicFontStyle());
+  EXPECT_EQ(style->paginationStyle(), 0);
+  EXPECT_EQ(style->defines(), 0u);
+  EXPECT_TRUE(style->isEmpty());
+  EXPECT_TRUE(style->isParagraphStyle());
+  EXPECT_EQ(style->styleName(), std::nullopt);
+
+  style->setIsDefaultStyle(true);
+  EXPECT_FALSE(style->isEmpty()) << "a default style is never empty";
+  auto automatic = VLStyle::create();
+  automatic->setIsAutomaticStyle(true);
+  EXPECT_FALSE(automatic->isEmpty());
+}
+
+TEST(VLStyle, EverySetterSetsExactlyItsBit) {
+  using Setter = void (*)(VLStyle &);
+  const std::pair<Setter, unsigned> setters[] = {
+      {[](VLStyle &s) { s.setAlignment(ns::TextAlignmentRight); }, 0},
+      {[](VLStyle &s) { s.setLineSpacing(1); }, 1},
+      {[](VLStyle &s) { s.setParagraphSpacingBefore(1); }, 2},
+      {[](VLStyle &s) { s.setParagraphSpacing(1); }, 3},
+      {[](VLStyle &s) { s.setHeadIndent(1); }, 4},
+      {[](VLStyle &s) { s.setTailIndent(1); }, 5},
+      {[](VLStyle &s) { s.setFirstLineHeadIndent(1); }, 6},
+      {[](VLStyle &s) { s.setMinimumLineHeight(1); }, 7},
+      {[](VLStyle &s) { s.setMaximumLineHeight(1); }, 8},
+      {[](VLStyle &s) { s.setDefaultTabInterval(1); }, 9},
+      {[](VLStyle &s) { s.setLineHeightMultiple(1); }, 10},
+      {[](VLStyle &s) { s.setHyphenationFactor(0.5); }, 11},
+      {[](VLStyle &s) { s.setHeaderLevel(2); }, 12},
+      {[](VLStyle &s) { s.setOutlineLevel(10); }, 12},
+      {[](VLStyle &s) { s.setTighteningFactor(0); }, 13},
+      {[](VLStyle &s) { s.setPageBreakBefore(true); }, 14},
+      {[](VLStyle &s) { s.setPageBreakAfter(false); }, 15},
+      {[](VLStyle &s) { s.setKeepWithNext(true); }, 16},
+      {[](VLStyle &s) { s.setAvoidsWidowsAndOrphans(true); }, 17},
+      {[](VLStyle &s) { s.setTabStops({}); }, 18},
+      {[](VLStyle &s) { s.addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9)); }, 18},
+      {[](VLStyle &s) { s.setBaseWritingDirection(ns::WritingDirectionRightToLeft); }, 19},
+      {[](VLStyle &s) { s.setPaginationStyle(3); }, 20},
+      {[](VLStyle &s) { s.setFont(nullptr); }, 21},
+      {[](VLStyle &s) { s.setFontSize(10); }, 22},
+      {[](VLStyle &s) { s.setHasBoldFontWeight(false); }, 23},
+      {[](VLStyle &s) { s.setHasItalicFontStyle(true); }, 24},
+      {[](VLStyle &s) { s.setUnderlineStyle(0); }, 25},
+      {[](VLStyle &s) { s.setUnderlinePattern(ns::UnderlinePatternDot); }, 26},
+      {[](VLStyle &s) { s.setUnderlineMask(ns::UnderlineByWordMask); }, 27},
+      {[](VLStyle &s) { s.setUnderlineColor(nullptr); }, 28},
+      {[](VLStyle &s) { s.setForegroundColor(ns::Color::redColor()); }, 29},
+      {[](VLStyle &s) { s.setTextTransform(1); }, 30},
+  };
+  for (const auto &[setter, bit] : setters) {
+    auto style = VLStyle::create();
+    setter(*style);
+    EXPECT_EQ(style->defines(), 1u << bit) << "bit " << bit;
+  }
+  EXPECT_EQ(VLStyle::nameOfDefinesBit(0), u"alignment");
+  EXPECT_EQ(VLStyle::nameOfDefinesBit(12), u"headerLevel");
+  EXPECT_EQ(VLStyle::nameOfDefinesBit(30), u"textTransform");
+  EXPECT_EQ(VLStyle::nameOfDefinesBit(31), u"");
+}
+
+TEST(VLStyle, GetterFamiliesDifferWhenUndefinedWithoutParent) {
+  auto style = VLStyle::create();
+  // Paragraph values answer the own paragraph style even with the bit clear.
+  style->paragraphStyle()->setAlignment(ns::TextAlignmentRight);
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentRight);
+  EXPECT_FALSE(style->definesAlignment());
+
+  auto parent = VLStyle::create();
+  parent->setAlignment(ns::TextAlignmentCenter);
+  style->setParentStyle(parent);
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentCenter) << "bit clear: the parent answers";
+  style->setAlignment(ns::TextAlignmentLeft);
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentLeft);
+
+  parent->setKeepWithNext(true);
+  parent->setForegroundColor(ns::Color::blueColor());
+  parent->setTextTransform(VLTextTransformUppercase);
+  EXPECT_TRUE(style->keepWithNext());
+  EXPECT_EQ(style->foregroundColor(), ns::Color::blueColor());
+  EXPECT_EQ(style->textTransform(), VLTextTransformUppercase);
+}
+
+TEST(VLStyle, OwnFontStandsBetweenOwnSizeAndParent) {
+  auto parent = VLStyle::create();
+  parent->setFontSize(16);
+  parent->setHasBoldFontWeight(false);
+  auto child = childOf(parent);
+  EXPECT_EQ(child->fontSize(), 16.0);
+  child->setFont(font(u"Helvetica-Bold", 11));
+  EXPECT_EQ(child->fontSize(), 11.0) << "the own font's size, not the parent's";
+  EXPECT_TRUE(child->hasBoldFontWeight()) << "the own font's trait, not the parent's";
+  EXPECT_FALSE(child->hasItalicFontStyle());
+  child->setFontSize(9);
+  EXPECT_EQ(child->fontSize(), 9.0);
+  EXPECT_EQ(childOf(child)->fontSize(), 9.0);
+}
+
+TEST(VLStyle, UnderlineFieldsShareOneWord) {
+  auto style = VLStyle::create();
+  style->setUnderlineStyle(ns::UnderlineStyleSingle | ns::UnderlinePatternDash);
+  EXPECT_EQ(style->underlineStyle(), ns::UnderlineStyleSingle);
+  EXPECT_EQ(style->underlinePattern(), 0) << "the pattern bit is not defined";
+  EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleSingle | ns::UnderlinePatternDash)
+      << "the argument is ORed in unmasked";
+  style->setUnderlinePattern(ns::UnderlinePatternDot);
+  EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleSingle | ns::UnderlinePatternDot);
+  style->setUnderlineStyle(ns::UnderlineStyleDouble);
+  EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleDouble | ns::UnderlinePatternDot);
+  EXPECT_EQ(style->underlinePattern(), ns::UnderlinePatternDot);
+}
+
+TEST(VLStyle, ApplyWritesTheChainRootFirst) {
+  auto root = VLStyle::create();
+  root->setFont(font(u"Courier", 12));
+  root->setHeadIndent(10);
+  root->setAlignment(ns::TextAlignmentCenter);
+  auto middle = childOf(root);
+  middle->setHasBoldFontWeight(true);
+  middle->setHeadIndent(20);
+  auto leaf = childOf(middle);
+  leaf->setFontSize(16);
+  leaf->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 50));
+
+  auto attributes = plainAttributes();
+  attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
+  leaf->applyToAttributes(*attributes);
+  EXPECT_EQ(fontOf(*attributes), font(u"Courier-Bold", 16));
+  const ns::ParagraphStyle &paragraph = paragraphOf(*attributes);
+  EXPECT_EQ(paragraph.headIndent(), 20.0);
+  EXPECT_EQ(paragraph.alignment(), ns::TextAlignmentCenter);
+  ASSERT_EQ(paragraph.tabStops().size(), 1u);
+  EXPECT_EQ(paragraph.tabStops()[0]->location(), 50.0);
+  EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), leaf);
+  EXPECT_EQ(attributes->objectForKey(ns::ForegroundColorAttributeName).object(),
+            ns::Color::redColor())
+      << "an undefined property keeps the attributes' value";
+}
+
+TEST(VLStyle, StyleMatchesItsOwnAttributesOnly) {
+  auto root = VLStyle::defaultParagraphStyle();
+  root->setFont(font(u"Courier", 12));
+  auto leaf = childOf(childOf(root));
+  leaf->parentStyle()->setHasBoldFontWeight(true);
+  leaf->setFontSize(16);
+  auto attributes = leaf->attributes();
+  EXPECT_EQ(fontOf(*attributes), font(u"Courier-Bold", 16));
+  EXPECT_TRUE(leaf->matchesAttributes(*attributes));
+  EXPECT_FALSE(leaf->parentStyle()->matchesAttributes(*attributes));
+  attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
+  EXPECT_TRUE(leaf->matchesParagraphStyle(*attributes));
+  EXPECT_FALSE(leaf->matchesTextAttributes(*attributes));
+  attributes = leaf->attributes();
+  attributes->setObject(font(u"Courier-BoldOblique", 16), ns::FontAttributeName);
+  EXPECT_FALSE(leaf->matchesAttributes(*attributes));
+  attributes->setObject(font(u"Times-Bold", 16), ns::FontAttributeName);
+  EXPECT_FALSE(leaf->matchesAttributes(*attributes)) << "another family";
+}
+
+TEST(VLStyle, ApplyLeavesHyphenationAndTighteningAlone) {
+  auto style = VLStyle::create();
+  style->setHyphenationFactor(0.75);
+  style->setTighteningFactor(0.5);
+  auto attributes = plainAttributes();
+  style->applyToAttributes(*attributes);
+  EXPECT_EQ(paragraphOf(*attributes).hyphenationFactor(), 0.0f);
+  EXPECT_EQ(paragraphOf(*attributes).tighteningFactorForTruncation(), 0.05f);
+}
+
+TEST(VLStyle, ApplyTakesMissingParagraphStyleAsTheDefault) {
+  auto style = VLStyle::create();
+  style->setHeadIndent(5);
+  auto attributes = ns::Dictionary::create({{u"NSFont", font(u"Helvetica", 12)}});
+  style->applyToAttributes(*attributes);
+  EXPECT_EQ(paragraphOf(*attributes).headIndent(), 5.0);
+  EXPECT_EQ(paragraphOf(*attributes).tabStops().size(), 12u);
+}
+
+TEST(VLStyle, UnderlineOffOverParentRemovesUnderlineAndSkipsPattern) {
+  auto parent = VLStyle::create();
+  parent->setUnderlineStyle(ns::UnderlineStyleSingle);
+  parent->setUnderlinePattern(ns::UnderlinePatternDash);
+  auto child = childOf(parent);
+  child->setUnderlineStyle(0);
+  child->setUnderlinePattern(ns::UnderlinePatternDot);
+  auto attributes = plainAttributes();
+  child->applyToAttributes(*attributes);
+  EXPECT_FALSE(attributes->containsKey(ns::UnderlineStyleAttributeName));
+
+  auto byWord = childOf(parent);
+  byWord->setUnderlineMask(ns::UnderlineByWordMask);
+  attributes = plainAttributes();
+  byWord->applyToAttributes(*attributes);
+  EXPECT_EQ(attributes->objectForKey(ns::UnderlineStyleAttributeName).integerValue(),
+            ns::UnderlineStyleSingle | ns::UnderlinePatternDash | ns::UnderlineByWordMask);
+}
+
+TEST(VLStyle, ApplyWritesStyleAttributesByKind) {
+  auto base = VLStyle::create();
+  base->setHeadIndent(10);
+  auto automatic = childOf(base);
+  automatic->setIsAutomaticStyle(true);
+  auto attributes = plainAttributes();
+  automatic->applyToAttributes(*attributes);
+  EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), base)
+      << "an automatic style stands for its parent";
+
+  auto orphan = VLStyle::create();
+  orphan->setIsAutomaticStyle(true);
+  attributes = plainAttributes();
+  attributes->setObject(u"marker", VLParagraphStyleAttributeName);
+  orphan->applyToAttributes(*attributes);
+  EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName), Value(u"marker"));
+
+  auto nested = childOf(automatic);
+  nested->setIsAutomaticStyle(true);
+  EXPECT_EQ(assertionOf([&] { nested->applyToAttributes(*plainAttributes()); }),
+            "Parent style is automatic style");
+
+  // A text style writes its own attribute; its paragraph values are not applied, but a
+  // paragraph style below it applies the whole chain's.
+  auto text = childOf(base);
+  text->setStyleType(VLTextStyleType);
+  text->setHeadIndent(50);
+  attributes = plainAttributes();
+  text->applyToAttributes(*attributes);
+  EXPECT_EQ(attributes->objectForKey(VLTextStyleAttributeName).object(), text);
+  EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), base);
+  EXPECT_EQ(paragraphOf(*attributes).headIndent(), 10.0);
+  auto below = childOf(text);
+  attributes = plainAttributes();
+  below->applyToAttributes(*attributes);
+  EXPECT_EQ(paragraphOf(*attributes).headIndent(), 50.0);
+
+  auto other = VLStyle::create();
+  other->setStyleType(VLOtherStyleType);
+  attributes = plainAttributes();
+  other->applyToAttributes(*attributes);
+  EXPECT_FALSE(attributes->containsKey(VLParagraphStyleAttributeName));
+}
+
+TEST(VLStyle, ApplyWithoutAnyFontFails) {
+  auto style = VLStyle::create();
+  ns::Dictionary attributes;
+  EXPECT_EQ(assertionOf([&] { style->applyTextPropertiesToAttributes(attributes); }),
+            "Font not specified");
+}
+
+TEST(VLStyle, ColoursAreStoredOrRemoved) {
+  auto style = VLStyle::create();
+  style->setForegroundColor(nullptr);
+  style->setUnderlineColor(ns::Color::greenColor());
+  auto attributes = plainAttributes();
+  attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
+  style->applyToAttributes(*attributes);
+  EXPECT_FALSE(attributes->containsKey(ns::ForegroundColorAttributeName));
+  EXPECT_EQ(attributes->objectForKey(ns::UnderlineColorAttributeName).object(),
+            ns::Color::greenColor());
+}
+
+TEST(VLStyle, TextDefinitionComparisonLeavesUnderlineColourOutOfTheBlock) {
+  auto a = VLStyle::create();
+  auto b = VLStyle::create();
+  a->setFont(font(u"Courier", 10));
+  b->setFont(font(u"Courier-Bold", 14));
+  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b)) << "fonts compare by family";
+  b->setFontSize(14);
+  EXPECT_FALSE(a->matchesTextAttributeDefinitionsInStyle(*b)) << "defined bits differ";
+  a->setFontSize(14);
+  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b));
+  b->setUnderlineColor(ns::Color::redColor());
+  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b));
+  EXPECT_FALSE(b->matchesTextAttributeDefinitionsInStyle(*a));
+  a->setTextTransform(1);
+  EXPECT_FALSE(a->matchesTextAttributeDefinitionsInStyle(*b));
+}
+
+TEST(VLStyle, DerivedStyleIsEmptyExactlyWhenNothingDiffers) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  for (const VLStylePtr &style : sheet->styles()) {
+    auto derived = style->derivedParagraphStyleWithAttributes(*style->attributes());
+    EXPECT_TRUE(derived->isEmpty()) << *style << " defines " << derived->defines();
+    EXPECT_EQ(derived->parentStyle(), style);
+  }
+  auto heading = sheet->styleForName(u"Heading_20_1");
+  using Change = void (*)(ns::Dictionary &, ns::MutableParagraphStyle &);
+  const std::pair<Change, uint32_t> changes[] = {
+      {[](auto &, auto &p) { p.setAlignment(ns::TextAlignmentRight); }, VLStyleDefinesAlignment},
+      {[](auto &, auto &p) { p.setLineSpacing(3); }, VLStyleDefinesLineSpacing},
+      {[](auto &, auto &p) { p.setParagraphSpacing(1); }, VLStyleDefinesParagraphSpacing},
+      {[](auto &, auto &p) { p.setTailIndent(-9); }, VLStyleDefinesTailIndent},
+      {[](auto &, auto &p) { p.setMaximumLineHeight(30); }, VLStyleDefinesMaximumLineHeight},
+      {[](auto &, auto &p) { p.addTabStop(ns::TextTab::create(ns::RightTabStopType, 99)); },
+       VLStyleDefinesTabStops},
+      {[](auto &, auto &p) { p.setHyphenationFactor(0.5f); }, VLStyleDefinesHyphenationFactor},
+      {[](auto &, auto &p) { p.setTighteningFactorForTruncation(0.2f); },
+       VLStyleDefinesTighteningFactor},
+      {[](auto &, auto &p) { p.setHeaderLevel(4); }, VLStyleDefinesHeaderLevel},
+      {[](auto &, auto &p) { p.setBaseWritingDirection(ns::WritingDirectionRightToLeft); },
+       VLStyleDefinesBaseWritingDirection},
+      {[](auto &a, auto &) { a.setObject(ns::Font::fontWithName(u"Times-Bold", 16), u"NSFont"); },
+       VLStyleDefinesFont},
+      {[](auto &a, auto &) {
+         a.setObject(ns::Font::fontWithName(u"Helvetica-Bold", 20), u"NSFont");
+       },
+       VLStyleDefinesFontSize},
+      {[](auto &a, auto &) {
+         a.setObject(ns::Font::fontWithName(u"Helvetica-BoldOblique", 16), u"NSFont");
+       },
+       VLStyleDefinesHasItalicFontStyle},
+      {[](auto &a, auto &) { a.setObject(ns::Color::redColor(), u"NSColor"); },
+       VLStyleDefinesForegroundColor},
+      {[](auto &a, auto &) { a.setObject(0x101, u"NSUnderline"); },
+       VLStyleDefinesUnderlineStyle | VLStyleDefinesUnderlinePattern},
+      {[](auto &a, auto &) { a.setObject(0x8000, u"NSUnderline"); }, VLStyleDefinesUnderlineMask},
+      {[](auto &a, auto &) { a.setObject(ns::Color::redColor(), u"NSUnderlineColor"); },
+       VLStyleDefinesUnderlineColor},
+  };
+  for (size_t i = 0; i < std::size(changes); ++i) {
+    auto attributes = heading->attributes();
+    auto paragraph = paragraphOf(*attributes).mutableParagraphStyle();
+    changes[i].first(*attributes, *paragraph);
+    attributes->setObject(paragraph, ns::ParagraphStyleAttributeName);
+    auto derived = heading->derivedParagraphStyleWithAttributes(*attributes);
+    EXPECT_EQ(derived->defines(), changes[i].second) << "change " << i;
+    EXPECT_TRUE(derived->matchesAttributes(*attributes)) << "change " << i;
+  }
+}
+
+TEST(VLStyle, PlainFontOverBoldStyleRecordsNoBoldness) {
+  auto bold = VLStyle::create();
+  bold->setFont(font(u"Helvetica", 12));
+  bold->setHasBoldFontWeight(true);
+  auto attributes = plainAttributes();
+  attributes->setObject(font(u"Times-Roman", 12), ns::FontAttributeName);
+  auto derived = bold->derivedTextStyleWithAttributes(*attributes);
+  EXPECT_EQ(derived->defines(), VLStyleDefinesFont);
+  EXPECT_TRUE(bold->derivedTextStyleWithAttributes(*bold->attributes())->isEmpty());
+}
+
+TEST(VLStyle, DerivedOperationsSetTypeParentAndClass) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  auto style = sheet->styleForName(u"Body_20_Text");
+  auto attributes = style->attributes();
+  attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
+  auto paragraph = paragraphOf(*attributes).mutableParagraphStyle();
+  paragraph->setHeadIndent(7);
+  attributes->setObject(paragraph, ns::ParagraphStyleAttributeName);
+
+  auto diff = style->diffWithAttributes(*attributes);
+  EXPECT_EQ(diff->defines(), VLStyleDefinesForegroundColor | VLStyleDefinesHeadIndent);
+  EXPECT_EQ(diff->parentStyle(), nullptr);
+  EXPECT_EQ(diff->styleType(), VLParagraphStyleType);
+  auto textDiff = style->diffWithTextAttributes(*attributes);
+  EXPECT_EQ(textDiff->defines(), VLStyleDefinesForegroundColor);
+  EXPECT_EQ(textDiff->styleType(), VLTextStyleType);
+  auto paragraphOnly = style->derivedParagraphOnlyStyleWithAttributes(*attributes);
+  EXPECT_EQ(paragraphOnly->defines(), VLStyleDefinesHeadIndent);
+  EXPECT_EQ(paragraphOnly->parentStyle(), style);
+  auto text = style->derivedTextStyleWithAttributes(*attributes);
+  EXPECT_EQ(text->styleType(), VLTextStyleType);
+  EXPECT_EQ(text->parentStyle(), style);
+  EXPECT_EQ(text->styleName(), std::nullopt);
+
+  auto graphic = VLGraphicStyle::defaultGraphicStyle();
+  EXPECT_NE(std::dynamic_pointer_cast<VLGraphicStyle>(graphic->diffWithAttributes(*attributes)),
+            nullptr);
+}
+
+TEST(VLStyle, ResetsFollowTheirMasks) {
+  auto style = VLStyle::create();
+  style->resetToDefaultProperties();
+  constexpr uint32_t allBits = 0x7fffffffu;
+  EXPECT_EQ(style->defines(),
+            allBits & ~(VLStyleDefinesBaseWritingDirection | VLStyleDefinesUnderlinePattern |
+                        VLStyleDefinesUnderlineMask));
+  EXPECT_EQ(style->font(), ns::Font::userFontOfSize(12));
+  style->resetCharacterStyle();
+  EXPECT_EQ(style->defines() & 0x3fc00000u, 0u) << "bits 22 to 29 cleared";
+  EXPECT_TRUE(style->definesFont());
+  EXPECT_TRUE(style->definesTextTransform());
+
+  auto kept = VLStyle::create();
+  kept->setFontSize(20);
+  kept->setPageBreakBefore(true);
+  kept->ensureDefaultProperties();
+  EXPECT_EQ(kept->fontSize(), 20.0);
+  EXPECT_TRUE(kept->pageBreakBefore());
+  EXPECT_EQ(kept->defines(),
+            allBits & ~(VLStyleDefinesBaseWritingDirection | VLStyleDefinesUnderlinePattern |
+                        VLStyleDefinesUnderlineMask));
+
+  kept->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 3));
+  kept->resetParagraphStyle();
+  EXPECT_TRUE(kept->tabStops().empty());
+  EXPECT_TRUE(kept->definesTabStops()) << "the paragraph reset leaves the defines word";
+}
+
+TEST(VLStyle, DefaultParagraphStyleIsNewAndLocalized) {
+  auto a = VLStyle::defaultParagraphStyle();
+  EXPECT_NE(a, VLStyle::defaultParagraphStyle());
+  EXPECT_EQ(a->styleName(), u"Default_20_Style");
+  EXPECT_EQ(a->displayName(), u"Default Style");
+  EXPECT_TRUE(a->isDefaultStyle());
+  EXPECT_EQ(a->description().substr(a->description().size() - 23), u"default-paragraph-style");
+
+  ns::Bundle::mainBundle()->setStringsTable(
+      u"", ns::Dictionary::create({{u"Default Style", Value(u"Standard-Stil")}}));
+  auto localized = VLStyle::defaultParagraphStyle();
+  ns::Bundle::resetMainBundle();
+  EXPECT_EQ(localized->displayName(), u"Standard-Stil");
+  EXPECT_EQ(localized->styleName(), u"Standard-Stil");
+}
+
+TEST(VLStyle, StyleNamesKeepXMLNameCharactersOnly) {
+  const std::pair<std::u16string_view, std::u16string_view> cases[] = {
+      {u"Scene Heading", u"Scene_20_Heading"},
+      {u"1st Act", u"_31_st_20_Act"},
+      {u"Act 1", u"Act_20_1"},
+      {u" Lead", u"_20_Lead"},
+      {u"Caf\u00e9 Cr\u00e8me", u"Caf\u00e9_20_Cr\u00e8me"},
+      {u"a.b-c_d", u"a.b-c_d"},
+      {u".dot", u"_2e_dot"},
+      {u"_under", u"_under"},
+      {u"Tab\there", u"Tab_9_here"},
+      {u"\U0001F600", u"_d83d__de00_"},
+  };
+  for (const auto &[display, name] : cases)
+    EXPECT_EQ(VLStyle::styleNameForDisplayName(display), name);
+  EXPECT_EQ(VLStyle::styleNameForDisplayName(u""), std::nullopt);
+  EXPECT_EQ(VLStyle::styleNameForDisplayName(std::nullopt), std::nullopt);
+}
+
+TEST(VLStyle, LineSpacingModesBothWays) {
+  for (auto mode : {0, 1, 2, 3, 4, 5, 6}) {
+    auto style = VLStyle::create();
+    style->setLineSpacingMode(mode, 14.0);
+    ns::MutableParagraphStyle paragraph;
+    setLineSpacingMode(paragraph, mode, 14.0);
+    Value info, paragraphInfo;
+    int64_t expected = mode > 5 ? 0 : mode;
+    EXPECT_EQ(style->lineSpacingModeWithInfo(&info), expected);
+    EXPECT_EQ(lineSpacingModeWithInfo(paragraph, &paragraphInfo), expected);
+    EXPECT_EQ(info, paragraphInfo);
+    EXPECT_EQ(info.isNil(), expected < 3) << "mode " << mode;
+    EXPECT_EQ(style->minimumLineHeight(), paragraph.minimumLineHeight());
+  }
+  struct Reading {
+    double multiple, minimum, maximum;
+    int64_t mode;
+    Value info;
+  };
+  const Reading readings[] = {
+      {1.5, 12, 12, 1, {}}, {3, 0, 0, 5, 3.0},    {0, 12, 12, 4, 12.0}, {0, 0, 5, 3, 0.0},
+      {0, 12, 0, 3, 12.0},  {0, 12, 20, 3, 12.0}, {0, -1, -1, 0, {}},   {0, 0, 0, 0, {}},
+  };
+  for (const Reading &r : readings) {
+    Value info = u"untouched";
+    EXPECT_EQ(lineSpacingModeForLineHeights({r.multiple, r.minimum, r.maximum}, &info), r.mode)
+        << r.multiple << " " << r.minimum << " " << r.maximum;
+    EXPECT_EQ(info, r.info);
+  }
+  EXPECT_EQ(lineHeightsForLineSpacingMode(VLLineSpacingExactly, Value()).minimumLineHeight, 0.0);
+}
+
+TEST(VLStyle, OutlineLevelIsTheOwnHeaderLevelWithTenForNone) {
+  auto heading = VLStyle::create();
+  heading->setHeaderLevel(1);
+  auto child = childOf(heading);
+  EXPECT_EQ(child->headerLevel(), 1);
+  EXPECT_EQ(child->outlineLevel(), 10);
+  EXPECT_FALSE(child->definesOutlineLevel());
+  child->setOutlineLevel(10);
+  EXPECT_EQ(child->headerLevel(), 0);
+  EXPECT_TRUE(child->definesHeaderLevel());
+  EXPECT_EQ(heading->compareOutlineLevel(*child), ns::OrderedAscending);
+  EXPECT_EQ(child->compareOutlineLevel(*heading), ns::OrderedDescending);
+  EXPECT_EQ(child->compareOutlineLevel(*VLStyle::create()), ns::OrderedSame);
+}
+
+TEST(VLStyle, PaginationQueries) {
+  const std::pair<std::u16string_view, int64_t> proposals[] = {
+      {u"scene heading", 1}, {u"ACTION", 2},     {u"Character Name", 3}, {u"Parenthetical", 4},
+      {u"dialog", 5},        {u"Dialogue", 5},   {u"Shot", 6},           {u"Transition", 7},
+      {u"General", 0},       {u"Characters", 0},
+  };
+  for (const auto &[name, pagination] : proposals) {
+    auto style = VLStyle::create();
+    style->setDisplayName(std::u16string(name));
+    EXPECT_EQ(style->proposedScreenplayPaginationStyle(), pagination);
+  }
+  EXPECT_EQ(VLStyle::create()->proposedScreenplayPaginationStyle(), 0);
+
+  for (int64_t pagination = 0; pagination <= 7; ++pagination) {
+    auto style = VLStyle::create();
+    style->setPaginationStyle(pagination);
+    style->setKeepWithNext(true);
+    EXPECT_EQ(style->avoidsWidowsAndOrphansGivenPagiationStyle(), pagination != 0);
+    bool keeps = pagination == 0 || pagination == 1 || pagination == 3 || pagination == 4;
+    EXPECT_EQ(style->keepWithNextGivenPagiationStyle(), keeps) << pagination;
+  }
+}
+
+TEST(VLStyle, EqualityComparesTheChainButNotLinksOrPageBreakAfter) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  auto heading = sheet->styleForName(u"Heading_20_1");
+  auto copy = ns::copyOf(*heading);
+  EXPECT_TRUE(heading->isEqualToStyle(copy));
+  copy->setNextStyle(nullptr);
+  EXPECT_TRUE(heading->isEqualToStyle(copy));
+  copy->setParentStyle(VLStyle::defaultParagraphStyle());
+  EXPECT_TRUE(heading->isEqualToStyle(copy)) << "equal parents suffice";
+  copy->parentStyle()->setHeadIndent(3);
+  EXPECT_FALSE(heading->isEqualToStyle(copy));
+  copy->setParentStyle(heading->parentStyle());
+  copy->setHeadIndent(3);
+  EXPECT_FALSE(heading->isEqualToStyle(copy));
+  EXPECT_FALSE(heading->isEqualToStyle(nullptr));
+  EXPECT_FALSE(heading->isEqualToStyle(childOf(heading)));
+}
+
+TEST(VLStyle, CopySharesNothingMutableButLinks) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  auto heading = sheet->styleForName(u"Heading_20_1");
+  heading->setObject(u"value", u"key");
+  auto copy = ns::copyOf(*heading);
+  EXPECT_NE(copy->paragraphStyle(), heading->paragraphStyle());
+  EXPECT_NE(copy->properties(), heading->properties());
+  EXPECT_EQ(copy->objectForKey(u"key"), Value(u"value"));
+  EXPECT_EQ(copy->parentStyle(), heading->parentStyle());
+  EXPECT_EQ(copy->nextStyle(), heading->nextStyle());
+  EXPECT_EQ(copy->tabStyle(), heading->tabStyle());
+  copy->paragraphStyle()->setHeadIndent(99);
+  copy->setObject(u"changed", u"key");
+  EXPECT_EQ(heading->paragraphStyle()->headIndent(), 0.0);
+  EXPECT_EQ(heading->objectForKey(u"key"), Value(u"value"));
+  EXPECT_NE(std::dynamic_pointer_cast<VLGraphicStyle>(
+                ns::copyOf<VLStyle>(*VLGraphicStyle::defaultGraphicStyle())),
+            nullptr);
+}
+
+TEST(VLStyle, ArchiveKeepsValuesAndLosesPageBreakAfter) {
+  auto style = VLStyle::create();
+  style->setStyleName(u"Name");
+  style->setFont(font(u"Times-Roman", 13));
+  style->setHasItalicFontStyle(true);
+  style->setUnderlineStyle(ns::UnderlineStyleDouble);
+  style->setForegroundColor(ns::Color::redColor());
+  style->setPageBreakAfter(true);
+  style->setPageBreakBefore(true);
+  style->setTailIndent(-20);
+  style->setStyleType(VLTextStyleType);
+  style->setNextStyle(style);
+  ns::Data archive = ns::KeyedArchiver::archivedDataWithRootObject(style);
+  style->setNextStyle(nullptr);
+
+  auto decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(archive).as<VLStyle>();
+  ASSERT_TRUE(decoded);
+  EXPECT_EQ(decoded->nextStyle(), decoded);
+  decoded->setNextStyle(nullptr);
+  EXPECT_EQ(decoded->defines(), style->defines());
+  EXPECT_EQ(decoded->styleName(), u"Name");
+  EXPECT_EQ(decoded->displayName(), u"Name");
+  ASSERT_TRUE(decoded->font());
+  EXPECT_TRUE(decoded->font()->isEqual(*style->font()));
+  EXPECT_TRUE(decoded->hasItalicFontStyle());
+  EXPECT_EQ(decoded->underlineStyle(), ns::UnderlineStyleDouble);
+  EXPECT_TRUE(decoded->pageBreakBefore());
+  EXPECT_FALSE(decoded->pageBreakAfter()) << "written, never read";
+  EXPECT_TRUE(decoded->definesPageBreakAfter());
+  EXPECT_EQ(decoded->tailIndent(), -20.0);
+  EXPECT_EQ(decoded->styleType(), VLTextStyleType);
+
+  // The defines word is stored bit by bit under names; "pageBreakAfter" is written too.
+  std::vector<std::u16string> keys = {u"styleName",
+                                      u"displayName",
+                                      u"properties",
+                                      u"styleType",
+                                      u"parentStyle",
+                                      u"nextStyle",
+                                      u"tabStyle",
+                                      u"paragraphStyle",
+                                      u"paginationStyle",
+                                      u"font",
+                                      u"fontSize",
+                                      u"foregroundColor",
+                                      u"underlineColor",
+                                      u"underlineStyleAttribute",
+                                      u"textTransform",
+                                      u"isDefaultStyle",
+                                      u"isAutomaticStyle",
+                                      u"hasBoldFontWeight",
+                                      u"hasItalicFontStyle",
+                                      u"pageBreakBefore",
+                                      u"pageBreakAfter",
+                                      u"keepWithNext",
+                                      u"avoidsWidowsAndOrphans"};
+  for (unsigned bit = 0; bit < VLStyleDefinesBitCount; ++bit)
+    keys.push_back(u"defines." + std::u16string(VLStyle::nameOfDefinesBit(bit)));
+  EXPECT_EQ(test::archivedKeys(style, u"VLStyle"), test::sorted(keys));
+}
+
+TEST(VLStyle, KeyValueCodingAndTabStopNotices) {
+  auto parent = VLStyle::create();
+  parent->setDisplayName(u"Parent");
+  parent->setFontSize(15);
+  auto style = childOf(parent);
+  EXPECT_EQ(style->valueForKey(u"fontSize"), Value(15.0));
+  EXPECT_EQ(style->valueForKeyPath(u"parentStyle.displayName"), Value(u"Parent"));
+  style->setValueForKey(2, u"alignment");
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentCenter);
+  EXPECT_TRUE(style->definesAlignment());
+  style->setValueForKey(ns::Array::create({ns::TextTab::create(ns::LeftTabStopType, 5)}),
+                        u"tabStops");
+  EXPECT_EQ(style->tabStops().size(), 1u);
+  EXPECT_EQ(style->valueForKey(u"outlineLevel"), Value(10));
+  EXPECT_EQ(style->valueForKey(u"noSuchKey"), Value());
+
+  struct Observer : ns::Object {
+    int changes = 0;
+    void observeValueForKeyPath(std::u16string_view, ns::Object *, const ns::DictionaryPtr &,
+                                const void *) override {
+      ++changes;
+    }
+  } observer;
+  style->addObserver(&observer, u"tabStops", 0, nullptr);
+  style->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9));
+  style->removeTabStop(ns::TextTab(ns::LeftTabStopType, 5));
+  style->setTabStops({});
+  style->removeObserver(&observer, u"tabStops");
+  EXPECT_EQ(observer.changes, 2) << "setTabStops posts no notice";
+}
+
+TEST(VLStyle, DescendantsAndDescription) {
+  auto root = VLStyle::create();
+  auto child = childOf(root);
+  auto grandchild = childOf(child);
+  EXPECT_TRUE(grandchild->isDescendantOfStyle(root));
+  EXPECT_FALSE(root->isDescendantOfStyle(root));
+  EXPECT_FALSE(root->isDescendantOfStyle(grandchild));
+  EXPECT_FALSE(child->isDescendantOfStyle(nullptr));
+  child->setStyleName(u"Child");
+  EXPECT_EQ(child->description().substr(child->description().size() - 6), u" Child");
+  auto text = VLStyle::create();
+  text->setStyleType(VLTextStyleType);
+  text->setIsDefaultStyle(true);
+  EXPECT_NE(text->description().find(u"default-text-style"), std::u16string::npos);
+}
