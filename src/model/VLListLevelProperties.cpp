@@ -5,6 +5,12 @@ namespace vl {
 
 VL_REGISTER_CLASS(VLListLevelProperties);
 
+ns::ObjectPtr VLListLevelProperties::copy() const {
+  auto copy = std::static_pointer_cast<VLListLevelProperties>(VLStyleProperties::copy());
+  copy->_displayName = _displayName;
+  return copy;
+}
+
 void VLListLevelProperties::encodeWithCoder(ns::KeyedArchiver &coder) const {
   VLStyleProperties::encodeWithCoder(coder);
   coder.encodeObject(_displayName ? ns::Value(*_displayName) : ns::Value(), u"displayName");

@@ -28,10 +28,14 @@ public:
   const std::optional<std::u16string> &displayName() const { return _displayName; }
   void setDisplayName(std::optional<std::u16string> name) { _displayName = std::move(name); }
 
+  /// A copy with its own dictionary (values shared) and the display name.
+  ns::ObjectPtr copy() const override;
+
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
   void initWithCoder(ns::KeyedUnarchiver &coder) override;
 
 protected:
+  VLStylePropertiesPtr makeProperties() const override { return create(); }
   bool kvcValueForKey(std::u16string_view key, ns::Value &value) override;
   bool kvcSetValueForKey(std::u16string_view key, const ns::Value &value) override;
 

@@ -2,6 +2,8 @@
 // a paragraph, copying and keyed coding.
 #include "model/VLListStyle.h"
 
+#include "model/VLLocalization.h"
+#include "model/VLStyle.h"
 #include "ns/Array.h"
 #include "ns/Assert.h"
 #include "ns/String.h"
@@ -23,6 +25,21 @@ std::optional<std::u16string> optionalString(const ns::Value &value) {
 }
 
 } // namespace
+
+const VLListStylePtr &VLListStyle::defaultListStyle() {
+  static const VLListStylePtr shared = [] {
+    auto style = VLListStyle::create();
+    style->setDisplayName(localizedString(u"Default List Style"));
+    style->setStyleName(VLStyle::styleNameForDisplayName(*style->displayName()));
+    for (uint64_t level = 1; level <= 10; ++level) {
+      auto bullet = std::make_shared<VLListBulletLevelStyle>();
+      bullet->setLevel(level);
+      style->setListLevelStyle(std::move(bullet), level);
+    }
+    return style;
+  }();
+  return shared;
+}
 
 const std::optional<std::u16string> &VLListStyle::displayName() const {
   return _displayName ? _displayName : _styleName;

@@ -474,6 +474,34 @@ TEST(VLListLayout, ApplyListsCountsFromTheFirstLineIndent) {
   EXPECT_EQ(paragraph->headIndent(), 0.0) << "nil goes to 0, not to the first line";
 }
 
+TEST(VLListDefault, TenDiscLevelsInOneSharedStyle) {
+  const auto &style = VLListStyle::defaultListStyle();
+  ASSERT_TRUE(style);
+  EXPECT_EQ(&VLListStyle::defaultListStyle(), &style);
+  EXPECT_EQ(style->displayName(), u"Default List Style");
+  EXPECT_EQ(style->styleName(), u"Default_20_List_20_Style");
+  EXPECT_FALSE(style->isAutomaticStyle());
+  ASSERT_EQ(style->listLevels().size(), 10u);
+  for (uint64_t level = 1; level <= 10; ++level) {
+    auto bullet = asBullet(style->listLevels()[level - 1]);
+    ASSERT_TRUE(bullet);
+    EXPECT_EQ(bullet->level(), level);
+    EXPECT_EQ(bullet->markerFormat(), u"{disc}");
+    EXPECT_FALSE(bullet->listStyle()) << "put in with setListLevelStyle";
+  }
+  EXPECT_EQ(formats(style->textListsForLevel(2)),
+            (std::vector<std::u16string>{u"{disc}", u"{disc}"}));
+
+  // Its levels have no list style, so they lay out no lists and name no style.
+  auto attributes = ns::Dictionary::create();
+  style->listLevelStyleForLevel(2)->applyToAttributes(*attributes);
+  auto paragraph =
+      attributes->objectForKey(ns::ParagraphStyleAttributeName).as<ns::ParagraphStyle>();
+  EXPECT_TRUE(paragraph->textLists().empty());
+  EXPECT_EQ(paragraph->headIndent(), 72.0);
+  EXPECT_FALSE(attributes->containsKey(VLListStyleAttributeName));
+}
+
 TEST(VLListCopy, CopiesAreIndependentAndPointAtTheCopy) {
   auto style = twoLevelStyle();
   style->setDisplayName(u"Steps");
@@ -577,6 +605,11 @@ TEST(VLListCoding, LevelPropertiesKeepTheirDisplayName) {
   auto decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(data).as<VLListLevelProperties>();
   ASSERT_TRUE(decoded);
   EXPECT_EQ(decoded->displayName(), u"Chapter");
+  properties->setObject(ns::Value(2), u"depth");
+  auto copy = ns::copyOf(*properties);
+  EXPECT_EQ(copy->displayName(), u"Chapter");
+  copy->setObject(ns::Value(3), u"depth");
+  EXPECT_EQ(properties->objectForKey(u"depth"), ns::Value(2));
 }
 
 TEST(VLListDescription, NamesTheStyleAndTheMarker) {
