@@ -8,6 +8,7 @@
 #include "model/VLListStyle.h"
 #include "ns/Assert.h"
 #include "ns/AttributeNames.h"
+#include "ns/Error.h"
 #include "ns/ParagraphStyle.h"
 #include "ns/String.h"
 
@@ -37,6 +38,9 @@ constexpr BulletRow bulletRows[] = {
     {u"square", u'\u25AA'}, {u"hyphen", u'\u2043'}, {u"disc", u'\u2022'}, {u"diamond", u'\u25C6'},
     {u"check", u'\u2713'},  {u"circle", u'\u25E6'}, {u"box", u'\u25AB'}};
 constexpr char16_t defaultBullet = u'\u2022';
+
+// No writer nests lists this deep; applying such a level would build one list per level.
+constexpr uint64_t deepestArchivedLevel = 1000;
 
 // Prefix and suffix of the list's format, and the format value of its keyword, for the
 // initWithTextList: of both kinds.
@@ -259,7 +263,13 @@ void VLListLevelStyle::encodeWithCoder(ns::KeyedArchiver &coder) const {
 }
 
 void VLListLevelStyle::initWithCoder(ns::KeyedUnarchiver &coder) {
-  _level = static_cast<uint64_t>(coder.decodeIntegerForKey(u"level"));
+  int64_t level = coder.decodeIntegerForKey(u"level");
+  if (level < 0 || static_cast<uint64_t>(level) > deepestArchivedLevel) {
+    coder.failWithError(ns::Error::errorWithDescription(
+        ns::CocoaErrorDomain, ns::CoderReadCorruptError, u"A list level is out of range."));
+    return;
+  }
+  _level = static_cast<uint64_t>(level);
   _listLevelProperties =
       coder.decodeObjectForKey(u"listLevelProperties").as<VLListLevelProperties>();
   _textList = coder.decodeObjectForKey(u"textList").as<ns::TextList>();

@@ -41,7 +41,8 @@ using VLListFormatTable = std::map<std::u16string, std::u16string, std::less<>>;
 ///
 /// Keyed coding keys of the base: "level", "listLevelProperties", "textList", "listStyle".
 /// The concrete kinds write only their own keys but read the base's, so a decoded level has
-/// level 0, no properties and no list style; its own values survive.
+/// level 0, no properties and no list style; its own values survive. An archived level
+/// below 0 or above 1000 makes the archive fail to decode.
 class VLListLevelStyle : public ns::Object, public ns::Coding {
 public:
   /// Level 0, fresh properties, no list style.

@@ -57,8 +57,8 @@ public:
   /// The level styles sorted by ascending level; equal levels keep their order. Costs a
   /// copy and a sort.
   std::vector<VLListLevelStylePtr> listLevelStyles() const;
-  /// Appends `style` and points its listStyle here; a level already present stays. Null
-  /// does nothing.
+  /// Appends `style` and points its listStyle here (nil when this list style is not held by
+  /// a shared_ptr); a level already present stays. Null does nothing.
   void addListLevelStyle(VLListLevelStylePtr style);
   /// Removes the style of `level`, if any, and appends `style` without touching its
   /// listStyle. Fails the check "Style level must equal level" when the style's level is

@@ -598,6 +598,38 @@ TEST(VLListCoding, ListStyleRoundTripKeepsTheLevelsOwnValuesOnly) {
   EXPECT_EQ(numberBack->displayName(), u"Renamed") << "properties are made again on demand";
 }
 
+// A number level that also writes the base's keys, archived under the number level's name.
+struct FullyArchivedNumberLevel : VLListNumberLevelStyle {
+  void encodeWithCoder(ns::KeyedArchiver &coder) const override {
+    VLListLevelStyle::encodeWithCoder(coder);
+    VLListNumberLevelStyle::encodeWithCoder(coder);
+  }
+};
+
+TEST(VLListCoding, BaseKeysAreReadWhenAnArchiveHasThem) {
+  auto style = VLListStyle::create();
+  auto level = std::make_shared<FullyArchivedNumberLevel>();
+  level->setLevel(3);
+  level->setNumFormat(u"A");
+  level->setDisplayName(u"Third");
+  style->addListLevelStyle(level);
+  auto data = ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(style));
+  auto decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(data).as<VLListStyle>();
+  ASSERT_TRUE(decoded);
+  auto back = asNumber(decoded->listLevelStyleForLevel(3));
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->listStyle(), decoded);
+  EXPECT_EQ(back->displayName(), u"Third");
+  EXPECT_EQ(back->markerFormat(), u"{upper-latin}");
+
+  level->setLevel(1001);
+  ns::ErrorPtr error;
+  data = ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(style));
+  EXPECT_TRUE(ns::KeyedUnarchiver::unarchiveObjectWithData(data, &error).isNil());
+  ASSERT_TRUE(error) << "a level deeper than any list is refused";
+  EXPECT_EQ(error->code(), ns::CoderReadCorruptError);
+}
+
 TEST(VLListCoding, LevelPropertiesKeepTheirDisplayName) {
   auto properties = VLListLevelProperties::create();
   properties->setDisplayName(u"Chapter");
