@@ -12,8 +12,6 @@
 #include "ns/ParagraphStyle.h"
 #include "ns/String.h"
 
-#include <algorithm>
-
 namespace vl {
 
 VL_REGISTER_CLASS(VLListNumberLevelStyle);
@@ -200,7 +198,8 @@ void VLListLevelStyle::applyToAttributes(ns::Dictionary &attributes) const {
   paragraph->setTextLists(listStyle ? listStyle->textListsForLevel(_level)
                                     : std::vector<ns::TextListPtr>());
 
-  // The level counts from 1; a level read from an archive (0) lays out one level up.
+  // Levels count from 1; a level read from an archive is 0, and its marker tab then stands
+  // before the first line indent.
   double firstLine = paragraph->firstLineHeadIndent();
   auto level = static_cast<double>(_level);
   float headIndent = static_cast<float>(firstLine + level * VLListLevelIndent);
