@@ -21,9 +21,8 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <limits>
-#include <map>
 #include <unordered_map>
 
 namespace vl {
@@ -309,6 +308,7 @@ ns::MutableAttributedStringPtr VLSFountainReader::attributedStringWithData(
   _kindAttributes.clear();
   _sectionAttributes.clear();
   _outlineAttributes.clear();
+  _outlineOfAttributes.reset();
   _separatorAttributes.reset();
   return _attributedString;
 }
@@ -317,7 +317,7 @@ void VLSFountainReader::prepareAttributes() {
   _kindAttributes.assign(static_cast<size_t>(Kind::Section), nullptr);
   _sectionAttributes.clear();
   _outlineAttributes.clear();
-  _outlineOfAttributes = nullptr;
+  _outlineOfAttributes.reset();
   if (_isNovel) {
     VLStylePtr textStyle = _stylesheet->styleForDisplayName(localizedString(u"Section Text"));
     if (!textStyle)
@@ -362,8 +362,7 @@ void VLSFountainReader::prepareAttributes() {
   }
 }
 
-ns::ConstDictionaryPtr VLSFountainReader::sectionAttributes(uint64_t depth) {
-  auto level = static_cast<int64_t>(depth);
+ns::ConstDictionaryPtr VLSFountainReader::sectionAttributes(int64_t level) {
   VLStylePtr style = _stylesheet->styleForHeaderLevel(level);
   if (!style) {
     VLStylePtr action = _stylesheet->styleForDisplayName(localizedString(u"Action"));
@@ -389,9 +388,9 @@ ns::ConstDictionaryPtr
 VLSFountainReader::attributesWithOutline(const ns::ConstDictionaryPtr &attributes) {
   if (!attributes)
     return nullptr;
-  if (_outlineOfAttributes != _currentSceneOutline.get()) {
+  if (_outlineOfAttributes != _currentSceneOutline) {
     _outlineAttributes.clear();
-    _outlineOfAttributes = _currentSceneOutline.get();
+    _outlineOfAttributes = _currentSceneOutline;
   }
   for (const auto &[base, withOutline] : _outlineAttributes)
     if (base == attributes.get())
@@ -405,6 +404,7 @@ VLSFountainReader::attributesWithOutline(const ns::ConstDictionaryPtr &attribute
 
 void VLSFountainReader::walkElement(const FNElement &element, WalkState &state) {
   const std::u16string &type = element.elementType();
+  std::u16string text = element.elementText();
   state.nextSection = false;
   std::optional<Kind> kind;
   ns::ConstDictionaryPtr attributes;
@@ -413,7 +413,7 @@ void VLSFountainReader::walkElement(const FNElement &element, WalkState &state) 
     kind = Kind::SceneHeading;
     if (_isNovel && state.sectionDepth == 0 && !state.newSection)
       appendText(u"#\n", _separatorAttributes);
-    startOutlineEntryWithTitle(element.elementText(), 0);
+    startOutlineEntryWithTitle(text, 0);
     ++state.sceneCount;
     state.sectionDepth = 0;
     // In a novel the heading only titles its entry.
@@ -421,17 +421,12 @@ void VLSFountainReader::walkElement(const FNElement &element, WalkState &state) 
       attributes = _kindAttributes[static_cast<size_t>(Kind::SceneHeading)];
   } else if (type == FNElementTypeSectionHeading) {
     kind = Kind::Section;
-    uint64_t depth = std::min<uint64_t>(element.sectionDepth(),
-                                        static_cast<uint64_t>(std::numeric_limits<int64_t>::max()));
-    state.sectionDepth = static_cast<int64_t>(depth);
-    attributes = sectionAttributes(depth);
-    std::u16string title = trimmedWhitespace(element.elementText());
-    startOutlineEntryWithTitle(title, static_cast<int64_t>(depth));
+    state.sectionDepth = static_cast<int64_t>(std::min<uint64_t>(
+        element.sectionDepth(), static_cast<uint64_t>(std::numeric_limits<int64_t>::max())));
+    attributes = sectionAttributes(state.sectionDepth);
+    text = trimmedWhitespace(text);
+    startOutlineEntryWithTitle(text, state.sectionDepth);
     state.nextSection = true;
-    if (attributes)
-      writeElement(std::move(title), *kind, attributes, element.isCentered(), state);
-    state.newSection = state.nextSection;
-    return;
   } else if (type == FNElementTypeAction || type == FNElementTypeCharacter ||
              type == FNElementTypeDialogue || type == FNElementTypeParenthetical ||
              type == FNElementTypeTransition) {
@@ -444,9 +439,9 @@ void VLSFountainReader::walkElement(const FNElement &element, WalkState &state) 
     state.sectionDepth = 0;
   } else if (type == FNElementTypeSynopsis) {
     // A later synopsis of the same entry replaces the earlier one.
-    _currentSceneProperties->setObject(trimmedWhitespace(element.elementText()), u"summary");
+    _currentSceneProperties->setObject(trimmedWhitespace(text), u"summary");
   } else if (type == FNElementTypeComment) {
-    addComment(element.elementText(), _attributedString->length());
+    addComment(text, _attributedString->length());
     state.commentLast = true;
     state.sectionDepth = 0;
   } else {
@@ -455,7 +450,7 @@ void VLSFountainReader::walkElement(const FNElement &element, WalkState &state) 
   }
 
   if (kind && attributes)
-    writeElement(element.elementText(), *kind, attributes, element.isCentered(), state);
+    writeElement(std::move(text), *kind, attributes, element.isCentered(), state);
   state.newSection = state.nextSection;
 }
 

@@ -160,7 +160,7 @@ private:
 
   void walkElement(const FNElement &element, WalkState &state);
   void prepareAttributes();
-  ns::ConstDictionaryPtr sectionAttributes(uint64_t depth);
+  ns::ConstDictionaryPtr sectionAttributes(int64_t level);
   ns::ConstDictionaryPtr attributesWithOutline(const ns::ConstDictionaryPtr &attributes);
   void writeElement(std::u16string text, Kind kind, const ns::ConstDictionaryPtr &attributes,
                     bool centered, WalkState &state);
@@ -184,11 +184,13 @@ private:
   // State of one read. Markers wait in a sorted map until the walk ends, so that a script
   // of many notes does not insert into the middle of the references dictionary each time.
   std::map<std::u16string, VLSTextMarkerPtr> _pendingReferences;
+  // Attributes are made once a read: per kind of paragraph, per heading style, and with the
+  // open outline entry added; frozen once here, so that paragraphs share them unhashed.
   std::vector<ns::ConstDictionaryPtr> _kindAttributes;
   ns::ConstDictionaryPtr _separatorAttributes;
   std::vector<std::pair<const VLStyle *, ns::ConstDictionaryPtr>> _sectionAttributes;
   std::vector<std::pair<const ns::Dictionary *, ns::ConstDictionaryPtr>> _outlineAttributes;
-  const VLOutline *_outlineOfAttributes = nullptr;
+  VLOutlinePtr _outlineOfAttributes;
   ns::TextRuns _internedAttributes;
 };
 
