@@ -72,12 +72,12 @@ void VLXMLStorage::replaceCharactersInRange(ns::Range range, std::u16string_view
 
   // Only the words the edit can touch change: from the start of the word before the edit
   // to the end of the word after it. Counted before and after, on that stretch alone.
-  ns::Range words = wordRangeForCharRange(*this, range);
-  _wordCount -= wordsInRange(*this, words);
+  ns::Range words = wordRangeForCharRange(*_contents, range);
+  _wordCount -= wordsInRange(*_contents, words);
   _contents->replaceCharactersInRange(range, string);
   int64_t change = static_cast<int64_t>(string.size()) - static_cast<int64_t>(range.length);
   words.length += static_cast<uint64_t>(change);
-  _wordCount += wordsInRange(*this, words);
+  _wordCount += wordsInRange(*_contents, words);
   edited(ns::TextStorageEditedCharacters, range, change);
 }
 
