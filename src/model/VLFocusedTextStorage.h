@@ -67,7 +67,7 @@ public:
   void setFocusedIdentifier(std::optional<std::u16string> identifier) {
     _focusedIdentifier = std::move(identifier);
   }
-  /// False once a base edit has cut across the range.
+  /// False once a base edit has cut across the range, and before the first range is set.
   bool focusedRangeIsValid() const { return _focusedRangeIsValid; }
   void setFocusedRangeIsValid(bool flag) { _focusedRangeIsValid = flag; }
   /// The running word count of the focused text: counted by setFocusedRange, then moved by

@@ -64,7 +64,7 @@ ns::Range rangeOfIdentifier(const ns::AttributedString &string, std::u16string_v
 
 /// Replaces the text of every run whose paragraph style has a text transform by its lower
 /// case (1), upper case (2) or capitalized (3) form, keeping the run's attributes; runs
-/// already in that form are not edited. The length may change.
+/// already in that form are not edited. The length may change. One batch of edits.
 void applyStyleTransformToText(ns::MutableAttributedString &string);
 
 // Spans near a range.
