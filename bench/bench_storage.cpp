@@ -164,6 +164,8 @@ void BM_StyledConvertStyleWholeNovel(benchmark::State &state) {
     convertTextWithStyle(*storage, from, to);
     benchmark::DoNotOptimize(storage->length());
     state.PauseTiming();
+    state.counters["leftUnconverted"] = static_cast<double>(rangesOfStyle(*storage, from).size());
+    state.counters["converted"] = static_cast<double>(rangesOfStyle(*storage, to).size());
     storage.reset();
     state.ResumeTiming();
   }
