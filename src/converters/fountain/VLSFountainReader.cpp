@@ -172,6 +172,25 @@ uint64_t find(const ns::AttributedString &string, std::u16string_view needle, ui
   return ns::NotFound;
 }
 
+// Removes the next pair of `mark` at or after `position` and answers the text that stood
+// between them; `position` becomes the end of the opening mark as it stood. Nullopt at the
+// end of the text or when no pair is left (an unpaired mark stays).
+std::optional<ns::Range> removeMarkPair(ns::MutableAttributedString &string,
+                                        std::u16string_view mark, uint64_t &position) {
+  if (string.length() == 0 || position >= string.length())
+    return std::nullopt;
+  uint64_t open = find(string, mark, position);
+  if (open == ns::NotFound)
+    return std::nullopt;
+  position = open + mark.size();
+  uint64_t close = find(string, mark, position);
+  if (close == ns::NotFound)
+    return std::nullopt;
+  string.deleteCharactersInRange(ns::Range{close, mark.size()});
+  string.deleteCharactersInRange(ns::Range{open, mark.size()});
+  return ns::Range{open, close - position};
+}
+
 // The text of one paragraph: the element's lines, each without leading blanks unless
 // `keepLeadingBlanks`, joined by `lineEnd`, and a final line feed.
 std::u16string paragraphText(std::u16string_view text, bool keepLeadingBlanks, char16_t lineEnd) {
@@ -753,22 +772,12 @@ void VLSFountainReader::replaceMarkup(std::u16string_view mark, uint32_t fontTra
                                       ns::MutableAttributedString &attributedString) const {
   const ns::FontManagerPtr &fontManager = ns::FontManager::sharedFontManager();
   uint64_t position = 0;
-  while (attributedString.length() > 0 && position < attributedString.length()) {
-    uint64_t open = find(attributedString, mark, position);
-    if (open == ns::NotFound)
-      break;
-    position = open + mark.size();
-    uint64_t close = find(attributedString, mark, position);
-    if (close == ns::NotFound)
-      break;
-    attributedString.deleteCharactersInRange(ns::Range{close, mark.size()});
-    attributedString.deleteCharactersInRange(ns::Range{open, mark.size()});
+  while (std::optional<ns::Range> marked = removeMarkPair(attributedString, mark, position)) {
     // The walk starts behind where the opening mark ended, so a text no longer than its
     // mark gets no trait.
-    ns::Range marked{open, close - position};
-    while (position < marked.max()) {
+    while (position < marked->max()) {
       ns::Range run;
-      ns::Value value = attributedString.attribute(ns::FontAttributeName, position, &run, marked);
+      ns::Value value = attributedString.attribute(ns::FontAttributeName, position, &run, *marked);
       if (auto font = value.as<ns::Font>()) {
         ns::FontPtr converted = fontManager->convertFontToHaveTrait(font, fontTraits);
         if (converted && !converted->isEqual(*font))
@@ -782,20 +791,10 @@ void VLSFountainReader::replaceMarkup(std::u16string_view mark, uint32_t fontTra
 void VLSFountainReader::replaceMarkup(std::u16string_view mark,
                                       ns::MutableAttributedString &attributedString) const {
   uint64_t position = 0;
-  while (attributedString.length() > 0 && position < attributedString.length()) {
-    uint64_t open = find(attributedString, mark, position);
-    if (open == ns::NotFound)
-      break;
-    position = open + mark.size();
-    uint64_t close = find(attributedString, mark, position);
-    if (close == ns::NotFound)
-      break;
-    attributedString.deleteCharactersInRange(ns::Range{close, mark.size()});
-    attributedString.deleteCharactersInRange(ns::Range{open, mark.size()});
-    ns::Range marked{open, close - position};
-    if (marked.length > 0)
-      attributedString.addAttribute(ns::UnderlineStyleAttributeName, int64_t{1}, marked);
-    position = marked.max();
+  while (std::optional<ns::Range> marked = removeMarkPair(attributedString, mark, position)) {
+    if (marked->length > 0)
+      attributedString.addAttribute(ns::UnderlineStyleAttributeName, int64_t{1}, *marked);
+    position = marked->max();
   }
 }
 
