@@ -351,34 +351,19 @@ void VLSFountainReader::prepareAttributes() {
     return;
   }
   _separatorAttributes.reset();
-  for (const VLStylePtr &style : _stylesheet->styles()) {
-    std::optional<Kind> kind;
-    switch (style->paginationStyle()) {
-    case VLSceneHeadingPagination:
-      kind = Kind::SceneHeading;
-      break;
-    case VLActionPagination:
-      kind = Kind::Action;
-      break;
-    case VLCharacterPagination:
-      kind = Kind::Character;
-      break;
-    case VLParentheticalPagination:
-      kind = Kind::Parenthetical;
-      break;
-    case VLDialoguePagination:
-      kind = Kind::Dialogue;
-      break;
-    case VLTransitionPagination:
-      kind = Kind::Transition;
-      break;
-    default:
-      break;
-    }
-    // The first style of a pagination class stands.
-    if (kind && !_kindAttributes[static_cast<size_t>(*kind)])
-      _kindAttributes[static_cast<size_t>(*kind)] = _internedAttributes.intern(style->attributes());
-  }
+  // The first style of a pagination class stands.
+  constexpr std::pair<int64_t, Kind> kindsByPagination[] = {
+      {VLSceneHeadingPagination, Kind::SceneHeading},
+      {VLActionPagination, Kind::Action},
+      {VLCharacterPagination, Kind::Character},
+      {VLParentheticalPagination, Kind::Parenthetical},
+      {VLDialoguePagination, Kind::Dialogue},
+      {VLTransitionPagination, Kind::Transition}};
+  for (const VLStylePtr &style : _stylesheet->styles())
+    for (const auto &[pagination, kind] : kindsByPagination)
+      if (style->paginationStyle() == pagination && !_kindAttributes[static_cast<size_t>(kind)])
+        _kindAttributes[static_cast<size_t>(kind)] =
+            _internedAttributes.intern(style->attributes());
 }
 
 ns::ConstDictionaryPtr VLSFountainReader::sectionAttributes(int64_t level) {
