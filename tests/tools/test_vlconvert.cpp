@@ -163,6 +163,25 @@ TEST_F(VLConvert, JSONDescribesTheDocument) {
   EXPECT_EQ(slurp(path("again.json")), slurp(path("script.json")));
 }
 
+TEST_F(VLConvert, FountainSampleToJSONAndFCF) {
+  const std::string sample = std::string(VL_SOURCE_DIR) + "/samples/the-lighthouse-keeper";
+  ASSERT_EQ(run({sample + ".fountain", path("sample.json")}).status, 0);
+  json doc = json::parse(slurp(path("sample.json")));
+  ASSERT_FALSE(doc["outline"].empty());
+  EXPECT_EQ(doc["outline"][0]["title"], "ACT ONE");
+  bool comment = false;
+  for (const json &marker : doc["markers"])
+    comment = comment || (marker["type"] == 1 && marker["inText"] == true &&
+                          marker["text"].get<std::string>().starts_with("Establish the lamp"));
+  EXPECT_TRUE(comment);
+  EXPECT_EQ(doc["settings"]["documentSettings"]["completions"]["characters"][0]["stringValue"],
+            "NELL");
+
+  // The FCF sample is this conversion, kept in step with the reader.
+  ASSERT_EQ(run({sample + ".fountain", path("sample.fcf")}).status, 0);
+  EXPECT_EQ(slurp(path("sample.fcf")), slurp(sample + ".fcf"));
+}
+
 TEST_F(VLConvert, BadInputGivesOneLineAndNoOutput) {
   const std::string before = slurp(script_);
   spit(path("bad.fcf"), "RIFF" + word(0) + word(0));

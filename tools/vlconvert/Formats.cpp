@@ -4,7 +4,9 @@
 #include "JSONWriter.h"
 #include "converters/fcf/VLFCFReader.h"
 #include "converters/fcf/VLFCFWriter.h"
+#include "converters/fountain/VLSFountainReader.h"
 #include "ns/Assert.h"
+#include "ns/String.h"
 
 #include <algorithm>
 #include <cstring>
@@ -20,6 +22,18 @@ std::string lowercase(std::string_view text) {
   std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return lower;
+}
+
+vl::VLDocumentPair readFountain(const Data &data) {
+  vl::ns::ErrorPtr error;
+  std::optional<vl::VLDocumentPair> document =
+      vl::VLSFountainReader::create()->documentWithData(data, nullptr, &error);
+  if (!document)
+    throw ConversionError("not a Fountain file (" +
+                          (error ? vl::ns::toUTF8(error->localizedDescription())
+                                 : std::string("the text cannot be decoded")) +
+                          ")");
+  return std::move(*document);
 }
 
 vl::VLDocumentPair readFCF(const Data &data) {
@@ -55,7 +69,7 @@ Data writeJSON(const vl::VLDocumentPair &document) {
 
 const std::vector<Format> &formats() {
   static const std::vector<Format> table{
-      {"fountain", "Fountain", {"fountain", "spmd"}, nullptr, nullptr},
+      {"fountain", "Fountain", {"fountain", "spmd"}, readFountain, nullptr},
       {"fcf", "FCF", {"fcf"}, readFCF, writeFCF},
       {"json", "JSON", {"json"}, nullptr, writeJSON},
   };
