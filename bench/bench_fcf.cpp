@@ -1,37 +1,20 @@
 // Benchmarks of FCF reading and writing on synthetic screenplays of 120 and 600 pages.
 #include "converters/fcf/VLFCFReader.h"
 #include "converters/fcf/VLFCFWriter.h"
-#include "converters/fountain/FastFountainParser.h"
-#include "model/VLStylesheet.h"
-#include "ns/MutableAttributedString.h"
+#include "converters/fountain/VLSFountainReader.h"
 #include "support/Screenplay.h"
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <string>
 
 namespace {
 
-/// The screenplay as styled text: one paragraph an element, in the default screenplay
-/// stylesheet's style of its kind; sections, synopses, notes and page breaks left out.
+/// The screenplay as the Fountain reader styles it.
 vl::ns::MutableAttributedStringPtr styledScreenplay(int pages) {
-  auto parser = vl::FastFountainParser::createWithString(vl::bench::fountainScreenplay(pages));
-  auto sheet = vl::VLStylesheet::defaultScreenplayStylesheet();
-  std::map<std::u16string, vl::ns::ConstDictionaryPtr, std::less<>> attributes;
-  for (const char16_t *name :
-       {u"Scene_20_Heading", u"Action", u"Character", u"Dialogue", u"Parenthetical", u"Transition"})
-    attributes[sheet->styleForName(name)->displayName().value()] =
-        sheet->styleForName(name)->attributes();
-  auto text = vl::ns::MutableAttributedString::create();
-  for (const vl::FNElementPtr &element : parser->elements()) {
-    auto found = attributes.find(element->elementType());
-    if (found == attributes.end())
-      continue;
-    text->appendAttributedString(
-        vl::ns::AttributedString(element->elementText() + u"\n", found->second));
-  }
-  return text;
+  std::string bytes = vl::bench::fountainScreenplayUTF8(pages);
+  return vl::VLSFountainReader::create()->attributedStringWithData(
+      vl::ns::Data(bytes.data(), bytes.size()), nullptr, nullptr, nullptr);
 }
 
 vl::ns::Data fcfScreenplay(int pages) {
