@@ -5,6 +5,7 @@
 #include "model/VLConstants.h"
 #include "model/VLDocumentSettings.h"
 #include "model/VLMasterPage.h"
+#include "model/VLStyledTextStorage.h"
 #include "ns/Assert.h"
 #include "ns/PrintInfo.h"
 #include "ns/String.h"
@@ -237,11 +238,12 @@ TEST(VLFCFReaderAttributes, DefaultSettingsHoldTheListedValues) {
 
 TEST(VLFCFReaderResult, TheResultClassCanBeChosen) {
   auto reader = VLFCFReader::create();
-  reader->setAttributedStringClass(VLFCFReader::attributedStringClassOf<ns::TextStorage>());
-  auto text = reader->attributedStringWithData(FCFBytes().record(2, "One\r").data(), nullptr,
-                                               nullptr, nullptr);
-  ASSERT_TRUE(std::dynamic_pointer_cast<ns::TextStorage>(text));
-  EXPECT_EQ(textOf(*text), "One\n");
+  reader->setAttributedStringClass(VLFCFReader::attributedStringClassOf<VLStyledTextStorage>());
+  auto text = reader->attributedStringWithData(
+      FCFBytes().record(3, "ANNA\r").record(5, "Yes.\r").data(), nullptr, nullptr, nullptr);
+  ASSERT_TRUE(std::dynamic_pointer_cast<VLStyledTextStorage>(text));
+  EXPECT_EQ(textOf(*text), "ANNA\nYes.\n");
+  EXPECT_EQ(paragraphStyleNameAt(*text, 5), u"Dialogue");
 
   // The same reader reads again from the start of the new data.
   reader->setAttributedStringClass(nullptr);
