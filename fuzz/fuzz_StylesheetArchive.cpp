@@ -42,6 +42,15 @@ void exerciseSheet(VLStylesheet &sheet) {
   }
   for (const VLGraphicStylePtr &style : sheet.graphicStyles())
     exerciseStyle(style);
+  for (const VLListStylePtr &list : sheet.listStyles()) {
+    (void)sheet.listStyleForName(list->styleName());
+    (void)sheet.listStyleForDisplayName(list->displayName());
+  }
+  for (int64_t level = 0; level <= 11; ++level)
+    (void)sheet.displayNameForOutlineLevel(level);
+  (void)sheet.uniqueNameForListStyle(nullptr);
+  (void)sheet.uniqueNameForPageLayout(nullptr);
+  (void)sheet.uniqueNameForGraphicStyle(nullptr);
   (void)sheet.styleForHeaderLevel(0);
   (void)sheet.requiresSpecialPagination();
   (void)sheet.defaultOutlineSettings();

@@ -298,6 +298,11 @@ std::u16string VLStylesheet::uniqueNameForGraphicStyle(const VLGraphicStylePtr &
   });
 }
 
+std::u16string VLStylesheet::uniqueNameForListStyle(const VLListStylePtr &) const {
+  return firstFreeName(
+      u"L%d", [this](const std::u16string &tried) { return listStyleForName(tried) != nullptr; });
+}
+
 std::u16string VLStylesheet::uniqueNameForPageLayout(const VLPageLayoutPtr &) const {
   return firstFreeName(u"pm%d", [this](const std::u16string &tried) {
     return pageLayoutStyleForName(tried) != nullptr;
@@ -436,13 +441,13 @@ VLGraphicStylePtr VLStylesheet::defaultGraphicStyle() {
   return style;
 }
 
-void VLStylesheet::addListStyle(ListStylePtr listStyle) {
+void VLStylesheet::addListStyle(VLListStylePtr listStyle) {
   if (listStyle)
     _listStyles.push_back(std::move(listStyle));
 }
 
-void VLStylesheet::removeListStyle(const ListStylePtr &listStyle) {
-  ListStylePtr removed = listStyle;
+void VLStylesheet::removeListStyle(const VLListStylePtr &listStyle) {
+  VLListStylePtr removed = listStyle;
   eraseIdentical(_listStyles, removed);
 }
 
@@ -460,6 +465,32 @@ void VLStylesheet::removePageLayoutStyle(const VLPageLayoutPtr &layout) {
   willChangeValueForKey(u"pageLayoutStyles");
   eraseIdentical(_pageLayoutStyles, removed);
   didChangeValueForKey(u"pageLayoutStyles");
+}
+
+VLListStylePtr VLStylesheet::listStyleForName(std::optional<std::u16string_view> name) const {
+  if (!name)
+    return nullptr;
+  return firstNamed(_listStyles, *name, [](const VLListStyle &style) { return style.styleName(); });
+}
+
+VLListStylePtr
+VLStylesheet::listStyleForDisplayName(std::optional<std::u16string_view> displayName) const {
+  if (!displayName)
+    return nullptr;
+  return firstNamed(_listStyles, *displayName,
+                    [](const VLListStyle &style) { return style.displayName(); });
+}
+
+std::optional<std::u16string> VLStylesheet::displayNameForOutlineLevel(int64_t level) const {
+  auto outline = std::find_if(_listStyles.begin(), _listStyles.end(),
+                              [](const VLListStylePtr &style) { return style->isOutlineStyle(); });
+  if (outline != _listStyles.end() && level >= 0)
+    if (VLListLevelStylePtr levelStyle =
+            (*outline)->listLevelStyleForLevel(static_cast<uint64_t>(level)))
+      if (std::optional<std::u16string> name = levelStyle->displayName())
+        return name;
+  VLStylePtr style = styleForOutlineLevel(level);
+  return style ? style->displayName() : std::nullopt;
 }
 
 VLPageLayoutPtr
@@ -494,7 +525,7 @@ void VLStylesheet::initWithCoder(ns::KeyedUnarchiver &coder) {
       displayName.isString() ? std::optional<std::u16string>(displayName.string()) : std::nullopt;
   _fontTable = coder.decodeObjectForKey(u"fontTable").as<VLFontTable>();
   _styles = vectorOf<VLStyle>(coder.decodeObjectForKey(u"styles"));
-  _listStyles = vectorOf<ns::Object>(coder.decodeObjectForKey(u"listStyles"));
+  _listStyles = vectorOf<VLListStyle>(coder.decodeObjectForKey(u"listStyles"));
   _graphicStyles = vectorOf<VLGraphicStyle>(coder.decodeObjectForKey(u"graphicStyles"));
   _pageLayoutStyles = vectorOf<VLPageLayout>(coder.decodeObjectForKey(u"pageLayoutStyles"));
   if (ns::DictionaryPtr properties = coder.decodeObjectForKey(u"properties").dictionary())

@@ -4,6 +4,7 @@
 
 #include "model/VLFontTable.h"
 #include "model/VLGraphicStyle.h"
+#include "model/VLListStyle.h"
 #include "model/VLPageLayout.h"
 #include "model/VLStyle.h"
 #include "ns/Dictionary.h"
@@ -48,10 +49,6 @@ struct VLSortDescriptor {
 /// "graphicStyles", "pageLayoutStyles", "properties".
 class VLStylesheet : public ns::Object, public ns::Coding {
 public:
-  // List styles are held as plain objects until their class joins the model; this name is
-  // where its type will go.
-  using ListStylePtr = ns::ObjectPtr;
-
   /// initWithFontTable: with nil: empty collections and no font table.
   VLStylesheet() = default;
   /// Empty collections and `fontTable`.
@@ -145,6 +142,8 @@ public:
   std::u16string uniqueNameForStyle(const VLStylePtr &style) const;
   /// "fr1", "fr2", ...: the first that no graphic style has as style name.
   std::u16string uniqueNameForGraphicStyle(const VLGraphicStylePtr &style) const;
+  /// "L1", "L2", ...: the first that no list style has as style name.
+  std::u16string uniqueNameForListStyle(const VLListStylePtr &listStyle) const;
   /// "pm1", "pm2", ...: the first that no page layout has as name.
   std::u16string uniqueNameForPageLayout(const VLPageLayoutPtr &layout) const;
 
@@ -188,11 +187,22 @@ public:
   // List styles and page layouts.
 
   /// The live array.
-  const std::vector<ListStylePtr> &listStyles() const { return _listStyles; }
+  const std::vector<VLListStylePtr> &listStyles() const { return _listStyles; }
   /// Appends; no test for duplicates, no change notice.
-  void addListStyle(ListStylePtr listStyle);
+  void addListStyle(VLListStylePtr listStyle);
   /// Removes every entry of that object; no change notice.
-  void removeListStyle(const ListStylePtr &listStyle);
+  void removeListStyle(const VLListStylePtr &listStyle);
+  /// The first list style with that style name, or nil (also for nil).
+  VLListStylePtr listStyleForName(std::optional<std::u16string_view> name) const;
+  /// The first list style with that display name (its style name while it has none), or
+  /// nil (also for nil).
+  VLListStylePtr listStyleForDisplayName(std::optional<std::u16string_view> displayName) const;
+  /// The shared default list style of the process; the sheet does not hold it.
+  static const VLListStylePtr &defaultListStyle() { return VLListStyle::defaultListStyle(); }
+  /// The display name of the outline list style's level `level` (the first list style that
+  /// numbers the outline), when that level has one; else the display name of
+  /// styleForOutlineLevel, or nil when no style has that level.
+  std::optional<std::u16string> displayNameForOutlineLevel(int64_t level) const;
   /// The live array.
   const std::vector<VLPageLayoutPtr> &pageLayoutStyles() const { return _pageLayoutStyles; }
   /// Plain; no change notice.
@@ -242,7 +252,7 @@ private:
   /// without listing them, and makes every automatic style applicable.
   void adoptDecodedStyles();
 
-  std::vector<ListStylePtr> _listStyles;
+  std::vector<VLListStylePtr> _listStyles;
   std::vector<VLGraphicStylePtr> _graphicStyles;
   std::vector<VLPageLayoutPtr> _pageLayoutStyles;
   ns::DictionaryPtr _properties = ns::Dictionary::create();

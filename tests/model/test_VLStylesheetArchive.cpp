@@ -144,6 +144,20 @@ TEST(VLStylesheetArchive, DecodedSheetOwnsStylesItLinksToWithoutListing) {
   stray->setNextStyle(nullptr);
 }
 
+TEST(VLStylesheetArchive, ListStylesComeBackAsListStyles) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  auto list = VLListStyle::create();
+  list->setStyleName(u"L1");
+  list->setIsOutlineStyle(true);
+  sheet->addListStyle(list);
+  auto copy = ns::copyOf(*sheet);
+  ASSERT_TRUE(copy);
+  ASSERT_EQ(copy->listStyles().size(), 1u);
+  EXPECT_NE(copy->listStyles()[0], list);
+  EXPECT_EQ(copy->listStyleForName(u"L1"), copy->listStyles()[0]);
+  EXPECT_TRUE(copy->listStyles()[0]->isOutlineStyle());
+}
+
 // The fuzz corpus starts from these archives, and they pin the archive format: what an
 // earlier build wrote must decode to the same sheets. VL_WRITE_STYLESHEET_SEEDS=1 rewrites
 // them.
@@ -152,9 +166,32 @@ TEST(VLStylesheetArchive, StoredArchivesOfTheDefaultSheetsDecode) {
     const char *file;
     VLStylesheetPtr sheet;
   };
+  // One sheet with every other collection too, so that the fuzzer meets all its classes.
+  auto full = VLStylesheet::defaultScreenplayStylesheet();
+  auto outline = VLListStyle::create();
+  outline->setStyleName(u"L1");
+  outline->setIsOutlineStyle(true);
+  outline->addListLevelStyle(
+      VLListLevelStyle::listLevelStyleWithTextList(ns::TextList::create(u"({lower-alpha})")));
+  outline->addListLevelStyle(
+      VLListLevelStyle::listLevelStyleWithTextList(ns::TextList::create(u"{disc}")));
+  full->addListStyle(outline);
+  auto layout = VLPageLayout::create();
+  layout->setName(u"pm1");
+  full->addPageLayoutStyle(layout);
+  auto fonts = std::make_shared<VLFontTable>();
+  fonts->addFont(VLFont::fontWithNSFont(ns::Font::fontWithName(u"Courier", 12)));
+  full->setFontTable(fonts);
+  auto automatic = full->styleForName(u"Action")->derivedParagraphStyleWithAttributes(
+      *full->styleForName(u"Dialogue")->attributes());
+  automatic->setIsAutomaticStyle(true);
+  automatic->setStyleName(full->uniqueNameForStyle(automatic));
+  full->addStyle(automatic);
+
   Seed seeds[] = {{"default.archive", VLStylesheet::defaultStylesheet()},
                   {"novel.archive", VLStylesheet::defaultNovelStylesheet()},
-                  {"screenplay.archive", VLStylesheet::defaultScreenplayStylesheet()}};
+                  {"screenplay.archive", VLStylesheet::defaultScreenplayStylesheet()},
+                  {"full.archive", full}};
   const bool write = std::getenv("VL_WRITE_STYLESHEET_SEEDS") != nullptr;
   for (const Seed &seed : seeds) {
     std::filesystem::path path = seedDirectory() / seed.file;
@@ -184,5 +221,7 @@ TEST(VLStylesheetArchive, StoredArchivesOfTheDefaultSheetsDecode) {
       EXPECT_EQ(nameOf(mine->tabStyle()), nameOf(fresh->tabStyle())) << path << " " << i;
     }
     EXPECT_EQ(decoded->graphicStyles().size(), 1u);
+    EXPECT_EQ(decoded->listStyles().size(), seed.sheet->listStyles().size());
+    EXPECT_EQ(decoded->pageLayoutStyles().size(), seed.sheet->pageLayoutStyles().size());
   }
 }

@@ -1,5 +1,5 @@
-// Stylesheets: free names for styles, graphic styles and page layouts, finding equal styles
-// and children.
+// Stylesheets: free names for styles, graphic styles, list styles and page layouts, list
+// style lookups, names of outline levels, finding equal styles and children.
 #include "model/VLStylesheet.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +19,13 @@ VLStylePtr named(std::u16string_view name, std::optional<std::u16string_view> di
 VLStylePtr childOf(const VLStylePtr &parent, std::u16string_view name) {
   VLStylePtr style = named(name);
   style->setParentStyle(parent);
+  return style;
+}
+
+VLListLevelStylePtr levelNamed(uint64_t level, std::optional<std::u16string> displayName) {
+  auto style = std::make_shared<VLListBulletLevelStyle>();
+  style->setLevel(level);
+  style->setDisplayName(std::move(displayName));
   return style;
 }
 
@@ -113,4 +120,47 @@ TEST(VLStylesheetNaming, DescendantsAreDirectChildrenInOrderOfDiscovery) {
   EXPECT_EQ(sheet->descendantsOfStyle(nullptr), std::nullopt);
   sheet->addStyle(second);
   EXPECT_EQ(sheet->descendantsOfStyle(root)->size(), 2u) << "each child once";
+}
+
+TEST(VLStylesheetNaming, ListStyleNamesAndLookups) {
+  auto sheet = VLStylesheet::create();
+  EXPECT_EQ(sheet->uniqueNameForListStyle(nullptr), u"L1");
+  auto first = VLListStyle::create();
+  first->setStyleName(u"L1");
+  auto second = VLListStyle::create();
+  second->setStyleName(u"Numbers");
+  second->setDisplayName(u"L2");
+  sheet->addListStyle(first);
+  sheet->addListStyle(second);
+  EXPECT_EQ(sheet->uniqueNameForListStyle(nullptr), u"L2") << "style names only";
+  EXPECT_EQ(sheet->listStyleForName(u"Numbers"), second);
+  EXPECT_EQ(sheet->listStyleForName(u"L2"), nullptr);
+  EXPECT_EQ(sheet->listStyleForDisplayName(u"L2"), second);
+  EXPECT_EQ(sheet->listStyleForDisplayName(u"L1"), first) << "the style name stands in";
+  EXPECT_EQ(sheet->listStyleForName(std::nullopt), nullptr);
+  EXPECT_EQ(sheet->listStyleForDisplayName(std::nullopt), nullptr);
+  EXPECT_EQ(sheet->defaultListStyle(), VLListStyle::defaultListStyle());
+  EXPECT_EQ(sheet->listStyles().size(), 2u) << "the default list style is not held";
+}
+
+TEST(VLStylesheetNaming, OutlineLevelNamesComeFromTheOutlineListFirst) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(1), u"Heading 1");
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(10), u"Default Style") << "10 is no level";
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(5), std::nullopt);
+
+  auto plain = VLListStyle::create();
+  plain->addListLevelStyle(levelNamed(1, u"Bullet"));
+  auto outline = VLListStyle::create();
+  outline->setIsOutlineStyle(true);
+  outline->addListLevelStyle(levelNamed(1, u"Part"));
+  outline->addListLevelStyle(levelNamed(2, std::nullopt));
+  auto later = VLListStyle::create();
+  later->setIsOutlineStyle(true);
+  later->addListLevelStyle(levelNamed(3, u"Later"));
+  for (const auto &list : {plain, outline, later})
+    sheet->addListStyle(list);
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(1), u"Part");
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(2), u"Heading 2") << "a level without a name";
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(3), u"Heading 3") << "only the first outline list";
 }
