@@ -1149,6 +1149,13 @@ void VLStyle::initWithCoder(ns::KeyedUnarchiver &coder) {
       _defines |= 1u << bit;
 }
 
+void VLStyle::decodingDidFail() {
+  _parentStyle = nullptr;
+  _nextStyle = nullptr;
+  _tabStyle = nullptr;
+  _properties->removeAllObjects();
+}
+
 // Key-value coding.
 
 struct VLStyle::KeyAccess {

@@ -447,6 +447,8 @@ public:
 
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
   void initWithCoder(ns::KeyedUnarchiver &coder) override;
+  /// Drops the links and properties, which may ring back to this style.
+  void decodingDidFail() override;
 
 protected:
   /// A new empty style of the receiver's class, for copies and derived styles.

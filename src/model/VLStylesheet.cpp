@@ -533,6 +533,16 @@ void VLStylesheet::initWithCoder(ns::KeyedUnarchiver &coder) {
   adoptDecodedStyles();
 }
 
+void VLStylesheet::decodingDidFail() {
+  _listStyles.clear();
+  _graphicStyles.clear();
+  _pageLayoutStyles.clear();
+  _properties->removeAllObjects();
+  _fontTable = nullptr;
+  _styles.clear();
+  _linkedStyles.clear();
+}
+
 void VLStylesheet::adoptDecodedStyles() {
   // Breadth first over the links from the listed styles; what is reached and not listed is
   // adopted.

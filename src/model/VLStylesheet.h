@@ -236,6 +236,8 @@ public:
 
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
   void initWithCoder(ns::KeyedUnarchiver &coder) override;
+  /// Lets go of everything it holds, which may hold it in turn.
+  void decodingDidFail() override;
 
 protected:
   /// "styles", "graphicStyles", "listStyles", "pageLayoutStyles" (new arrays),
