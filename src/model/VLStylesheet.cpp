@@ -520,17 +520,30 @@ void VLStylesheet::encodeWithCoder(ns::KeyedArchiver &coder) const {
 }
 
 void VLStylesheet::initWithCoder(ns::KeyedUnarchiver &coder) {
-  ns::Value displayName = coder.decodeObjectForKey(u"displayName");
+  // Every style a key holds, alone or in an array, in its place or not: a damaged archive
+  // may put styles where they are dropped, and their rings are the sheet's to break too.
+  std::vector<VLStylePtr> held;
+  auto decode = [&](std::u16string_view key) {
+    ns::Value value = coder.decodeObjectForKey(key);
+    if (auto style = value.as<VLStyle>())
+      held.push_back(std::move(style));
+    else if (ns::ArrayPtr array = value.array())
+      for (const ns::Value &element : *array)
+        if (auto style = element.as<VLStyle>())
+          held.push_back(std::move(style));
+    return value;
+  };
+  ns::Value displayName = decode(u"displayName");
   _displayName =
       displayName.isString() ? std::optional<std::u16string>(displayName.string()) : std::nullopt;
-  _fontTable = coder.decodeObjectForKey(u"fontTable").as<VLFontTable>();
-  _styles = vectorOf<VLStyle>(coder.decodeObjectForKey(u"styles"));
-  _listStyles = vectorOf<VLListStyle>(coder.decodeObjectForKey(u"listStyles"));
-  _graphicStyles = vectorOf<VLGraphicStyle>(coder.decodeObjectForKey(u"graphicStyles"));
-  _pageLayoutStyles = vectorOf<VLPageLayout>(coder.decodeObjectForKey(u"pageLayoutStyles"));
-  if (ns::DictionaryPtr properties = coder.decodeObjectForKey(u"properties").dictionary())
+  _fontTable = decode(u"fontTable").as<VLFontTable>();
+  _styles = vectorOf<VLStyle>(decode(u"styles"));
+  _listStyles = vectorOf<VLListStyle>(decode(u"listStyles"));
+  _graphicStyles = vectorOf<VLGraphicStyle>(decode(u"graphicStyles"));
+  _pageLayoutStyles = vectorOf<VLPageLayout>(decode(u"pageLayoutStyles"));
+  if (ns::DictionaryPtr properties = decode(u"properties").dictionary())
     _properties = std::move(properties);
-  adoptDecodedStyles();
+  adoptDecodedStyles(held);
 }
 
 void VLStylesheet::decodingDidFail() {
@@ -543,9 +556,9 @@ void VLStylesheet::decodingDidFail() {
   _linkedStyles.clear();
 }
 
-void VLStylesheet::adoptDecodedStyles() {
-  // Breadth first over the links from the listed styles; what is reached and not listed is
-  // adopted.
+void VLStylesheet::adoptDecodedStyles(const std::vector<VLStylePtr> &held) {
+  // Breadth first over the links from the listed styles and the held ones; what is reached
+  // and not listed is adopted.
   std::unordered_set<const VLStyle *> known;
   std::vector<VLStyle *> reached;
   for (const VLStylePtr &style : _styles)
@@ -554,6 +567,11 @@ void VLStylesheet::adoptDecodedStyles() {
   for (const VLGraphicStylePtr &style : _graphicStyles)
     if (known.insert(style.get()).second)
       reached.push_back(style.get());
+  for (const VLStylePtr &style : held)
+    if (known.insert(style.get()).second) {
+      reached.push_back(style.get());
+      _linkedStyles.push_back(style);
+    }
   for (size_t i = 0; i < reached.size(); ++i) {
     const VLStyle &style = *reached[i];
     for (const VLStylePtr *link : {&style.parentStyle(), &style.nextStyle(), &style.tabStyle()})

@@ -41,9 +41,9 @@ struct VLSortDescriptor {
 ///
 /// Copying is an archive round trip, so a copy is deep and rings among the styles stay
 /// rings among the copies. A decoded sheet also owns the styles its styles link to without
-/// listing them (an import can leave such links, and a damaged archive can hold anything):
-/// it breaks their rings too when it goes. Decoding clears the automatic flag of an
-/// automatic style whose parent is automatic as well, which could not be applied.
+/// listing them (an import can leave such links), and those a damaged archive puts in its
+/// other collections: it breaks their rings too when it goes. Decoding clears the automatic flag of
+/// an automatic style whose parent is automatic as well, which could not be applied.
 ///
 /// Keyed coding keys, all objects: "displayName", "fontTable", "styles", "listStyles",
 /// "graphicStyles", "pageLayoutStyles", "properties".
@@ -250,9 +250,10 @@ private:
   /// importStyle with `depth` parents imported above it.
   VLStylePtr importStyle(VLStylePtr style, bool replaceDuplicates,
                          std::vector<VLStylePtr> &remainingStyles, size_t depth);
-  /// After decoding: remembers the styles that the sheet's styles reach through their links
-  /// without listing them, and makes every automatic style applicable.
-  void adoptDecodedStyles();
+  /// After decoding: remembers the styles that the sheet's styles, and the styles `held` by
+  /// its keys out of place, reach through their links without listing them, and makes every
+  /// automatic style applicable.
+  void adoptDecodedStyles(const std::vector<VLStylePtr> &held);
 
   std::vector<VLListStylePtr> _listStyles;
   std::vector<VLGraphicStylePtr> _graphicStyles;
