@@ -42,8 +42,8 @@ struct VLSortDescriptor {
 /// Copying is an archive round trip, so a copy is deep and rings among the styles stay
 /// rings among the copies. A decoded sheet also owns the styles its styles link to without
 /// listing them (an import can leave such links), and those a damaged archive puts in its
-/// other collections: it breaks their rings too when it goes. Decoding clears the automatic flag of
-/// an automatic style whose parent is automatic as well, which could not be applied.
+/// other collections: it breaks their rings too when it goes. Decoding clears the automatic
+/// flag of an automatic style whose parent is automatic as well, which could not be applied.
 ///
 /// Keyed coding keys, all objects: "displayName", "fontTable", "styles", "listStyles",
 /// "graphicStyles", "pageLayoutStyles", "properties".
@@ -262,7 +262,7 @@ private:
   std::optional<std::u16string> _displayName;
   VLFontTablePtr _fontTable;
   std::vector<VLStylePtr> _styles;
-  // Styles a decoded sheet reaches through links without listing them; not archived.
+  // Styles a decoded sheet reaches without listing them; not archived.
   std::vector<VLStylePtr> _linkedStyles;
 };
 

@@ -162,20 +162,6 @@ TEST(VLStylesheetArchive, FailedDecodingFreesTheRingsItMade) {
   EXPECT_TRUE(error);
 }
 
-TEST(VLStylesheetArchive, ListStylesComeBackAsListStyles) {
-  auto sheet = VLStylesheet::defaultStylesheet();
-  auto list = VLListStyle::create();
-  list->setStyleName(u"L1");
-  list->setIsOutlineStyle(true);
-  sheet->addListStyle(list);
-  auto copy = ns::copyOf(*sheet);
-  ASSERT_TRUE(copy);
-  ASSERT_EQ(copy->listStyles().size(), 1u);
-  EXPECT_NE(copy->listStyles()[0], list);
-  EXPECT_EQ(copy->listStyleForName(u"L1"), copy->listStyles()[0]);
-  EXPECT_TRUE(copy->listStyles()[0]->isOutlineStyle());
-}
-
 // The fuzz corpus starts from these archives, and they pin the archive format: what an
 // earlier build wrote must decode to the same sheets. VL_WRITE_STYLESHEET_SEEDS=1 rewrites
 // them.
