@@ -38,6 +38,7 @@ constexpr std::array<TypeRow, 7> TypeTable{{
 }};
 
 constexpr std::u16string_view SceneHeadingStyleName = u"Scene_20_Heading";
+constexpr int64_t MaxSectionDepth = 1024;
 constexpr std::u16string_view UntitledSectionTitle = u"Untitled Section";
 
 // The outline entry whose range starts at `location`, or nil.
@@ -116,10 +117,11 @@ uint64_t VLSFountainWriter::encodeParagraphInRange(ns::Range range) {
     if (style->textTransform() == VLTextTransformUppercase)
       text = ns::uppercaseString(text);
     std::replace(text.begin(), text.end(), u'\u2028', u'\n');
-    // A negative level is no level: it would print no sensible number of marks.
+    // A negative level is no level, and a corrupt style's huge level must not become an
+    // endless line of marks.
     if (int64_t level = style->headerLevel(); level > 0) {
       type = FNElementTypeSectionHeading;
-      depth = static_cast<uint64_t>(level);
+      depth = static_cast<uint64_t>(std::min<int64_t>(level, MaxSectionDepth));
     } else {
       const int64_t pagination = style->paginationStyle();
       const std::optional<std::u16string> &displayName = style->displayName();
