@@ -25,6 +25,24 @@ VLMemoryRDFResourcePtr VLMemoryRDFModel::resourceForURI(std::u16string_view uri)
   return resource;
 }
 
+void VLMemoryRDFModel::addResourcesFromReferences(const ns::ConstDictionaryPtr &references) {
+  if (!references)
+    return;
+  // Markers live in a layer above this one: they are read through key-value coding.
+  constexpr int64_t OutlineEntryMarkerType = 3;
+  for (const auto &[identifier, value] : *references) {
+    const ns::ObjectPtr &marker = value.object();
+    if (!marker || marker->valueForKey(u"textMarkerType").integerValue() != OutlineEntryMarkerType)
+      continue;
+    ns::DictionaryPtr properties = marker->valueForKey(u"representedObject").dictionary();
+    if (!properties)
+      continue;
+    VLMemoryRDFResourcePtr resource = resourceForURI(u"#" + identifier);
+    for (std::u16string_view key : {RDFResource::TitleKey, RDFResource::SummaryKey})
+      resource->setValueForKey(properties->objectForKey(key), key);
+  }
+}
+
 void VLMemoryRDFModel::removeResource(std::u16string_view uri) {
   auto found = resources_.find(uri);
   if (found != resources_.end())

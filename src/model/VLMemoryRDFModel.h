@@ -48,6 +48,10 @@ public:
   RDFResourcePtr findResource(std::u16string_view uri) override;
   /// The resource of `uri`, made (with no properties) when there is none yet.
   VLMemoryRDFResourcePtr resourceForURI(std::u16string_view uri);
+  /// Gives each outline marker (type 3) of a document's references a resource "#identifier"
+  /// with the "title" and "summary" of its properties, as the readers leave them; other
+  /// markers and entries without properties are passed over. A null dictionary adds nothing.
+  void addResourcesFromReferences(const ns::ConstDictionaryPtr &references);
   /// Forgets the resource of `uri`, if any.
   void removeResource(std::u16string_view uri);
   size_t count() const { return resources_.size(); }
