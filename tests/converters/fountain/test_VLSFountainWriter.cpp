@@ -191,13 +191,13 @@ TEST(StyledFountainModel, SynopsesFollowTheirHeadings) {
   Range scene = doc.add(u"Scene Heading", u"INT. HOUSE");
   Range action = doc.add(u"Action", u"Rain.");
   doc.outline({scene.location, action.max() + 1 - scene.location}, u"scene1");
-  Range section = doc.add(doc.sheet->styleForDisplayName(u"Scene Heading"), u"EXT. ROOF");
-  doc.outline({section.location, section.length + 1}, u"scene 2");
+  Range roof = doc.add(u"Scene Heading", u"EXT. ROOF");
+  doc.outline({roof.location, roof.length + 1}, u"scene 2"); // found as "#scene%202"
 
   auto model = VLMemoryRDFModel::create();
   auto resource = model->resourceForURI(u"file:///drafts/rain.fountain#scene1");
   resource->setValueForKey(ns::Value(u"Anna comes home.\nLate."), u"summary");
-  resource->setValueForKey(ns::Value(u"#fac0bb"), u"color");
+  resource->setValueForKey(ns::Value(u"#fac0bb"), u"color"); // Fountain has no colours
   model->resourceForURI(u"file:///drafts/rain.fountain#scene%202")
       ->setValueForKey(ns::Value(u""), u"summary");
   doc.attributes->setObject(model, VLRDFMetadataDocumentAttribute);
