@@ -229,3 +229,37 @@ TEST(VLStylesheetArchive, StoredArchivesOfTheDefaultSheetsDecode) {
     EXPECT_EQ(decoded->pageLayoutStyles().size(), seed.sheet->pageLayoutStyles().size());
   }
 }
+
+TEST(VLStylesheetArchive, ListStylesAndFontTableRoundTrip) {
+  auto sheet = VLStylesheet::defaultNovelStylesheet();
+  auto list = VLListStyle::create();
+  list->setStyleName(u"L1");
+  list->setDisplayName(u"Outline");
+  list->setIsOutlineStyle(true);
+  list->addListLevelStyle(
+      VLListLevelStyle::listLevelStyleWithTextList(ns::TextList::create(u"({lower-alpha})")));
+  sheet->addListStyle(list);
+  auto fonts = std::make_shared<VLFontTable>();
+  fonts->addFont(VLFont::fontWithNSFont(ns::Font::fontWithName(u"Courier-Bold", 12)));
+  fonts->addFont(VLFont::fontWithNSFont(ns::Font::fontWithName(u"Times-Roman", 12)));
+  sheet->setFontTable(fonts);
+
+  auto copy = copyOf(*sheet);
+  ASSERT_NE(copy, sheet);
+  auto copiedList = copy->listStyleForName(u"L1");
+  ASSERT_TRUE(copiedList);
+  EXPECT_NE(copiedList, list);
+  EXPECT_EQ(copiedList->displayName(), u"Outline");
+  EXPECT_TRUE(copiedList->isOutlineStyle());
+  ASSERT_EQ(copiedList->listLevels().size(), 1u);
+  EXPECT_EQ(copiedList->listLevelStyles().front()->markerFormat(), u"({lower-latin})");
+
+  ASSERT_TRUE(copy->fontTable());
+  EXPECT_NE(copy->fontTable(), fonts);
+  ASSERT_EQ(copy->fontTable()->fonts()->count(), 2u);
+  auto first = copy->fontTable()->fonts()->objectAtIndex(0).as<VLFont>();
+  ASSERT_TRUE(first);
+  EXPECT_EQ(first->fontName(), u"Courier-Bold");
+  EXPECT_TRUE(first->hasBoldFontWeight());
+  EXPECT_TRUE(copy->fontTable()->fontForName(u"Times-Roman"));
+}
