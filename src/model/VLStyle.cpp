@@ -2,6 +2,7 @@
 // comparison and differences, resets, names, copies, coding and key-value coding.
 #include "model/VLStyle.h"
 
+#include "model/VLColorAdditions.h"
 #include "model/VLConstants.h"
 #include "model/VLLocalization.h"
 #include "ns/Array.h"
@@ -159,10 +160,20 @@ VLStyle::VLStyle() : _properties(ns::Dictionary::create()) {
 bool VLStyle::isDescendantOfStyle(const VLStylePtr &style) const {
   if (!style)
     return false;
-  for (const VLStyle *parent = _parentStyle.get(); parent; parent = parent->_parentStyle.get())
+  size_t depth = 1;
+  for (const VLStyle *parent = _parentStyle.get(); parent && depth < VLStyleMaxCascadeDepth;
+       parent = parent->_parentStyle.get(), ++depth)
     if (parent == style.get())
       return true;
   return false;
+}
+
+bool VLStyle::canTakeParent(const VLStyle &parent) const {
+  size_t depth = 1;
+  for (const VLStyle *style = &parent; style; style = style->_parentStyle.get())
+    if (style == this || ++depth > VLStyleMaxCascadeDepth)
+      return false;
+  return true;
 }
 
 void VLStyle::setObject(ns::Value value, std::u16string_view key) {
@@ -183,7 +194,8 @@ std::u16string_view VLStyle::nameOfDefinesBit(unsigned bit) {
 
 const VLStyle &VLStyle::definingStyle(uint32_t bit) const {
   const VLStyle *style = this;
-  while (!(style->_defines & bit) && style->_parentStyle)
+  for (size_t depth = 1;
+       !(style->_defines & bit) && style->_parentStyle && depth < VLStyleMaxCascadeDepth; ++depth)
     style = style->_parentStyle.get();
   return *style;
 }
@@ -332,7 +344,9 @@ VL_UNDERLINE_FIELD(underlineMask, setUnderlineMask, VLStyleDefinesUnderlineMask,
 // Font-derived values: the own font stands between the own value and the parent.
 
 const VLStyle *VLStyle::fontDerivedSource(uint32_t bit) const {
-  for (const VLStyle *style = this; style; style = style->_parentStyle.get())
+  size_t depth = 0;
+  for (const VLStyle *style = this; style && depth < VLStyleMaxCascadeDepth;
+       style = style->_parentStyle.get(), ++depth)
     if ((style->_defines & bit) || style->_font)
       return style;
   return nullptr;
@@ -468,21 +482,29 @@ ns::DictionaryPtr VLStyle::attributes() const {
 }
 
 void VLStyle::applyToAttributes(ns::Dictionary &attributes) const {
-  applyChain(attributes);
+  applyChain(attributes, 1);
   // Every style of the chain that is not a text style applies the paragraph half of the
   // whole chain above it, root first. The same values land in the same order each time, so
   // the last of those passes, from the root to the nearest such style, decides the result;
   // one pass gives it with one copy of the paragraph style.
   const VLStyle *style = this;
-  while (style && style->_styleType == VLTextStyleType)
+  size_t depth = 1;
+  while (style && style->_styleType == VLTextStyleType && depth < VLStyleMaxCascadeDepth) {
     style = style->_parentStyle.get();
-  if (style)
-    style->applyParagraphPropertiesToAttributes(attributes);
+    ++depth;
+  }
+  if (style && style->_styleType != VLTextStyleType) {
+    ns::ParagraphStylePtr holder;
+    ns::MutableParagraphStylePtr paragraph =
+        paragraphStyleOf(attributes, holder).mutableParagraphStyle();
+    style->writeParagraphProperties(*paragraph, depth);
+    attributes.setObject(std::move(paragraph), ns::ParagraphStyleAttributeName);
+  }
 }
 
-void VLStyle::applyChain(ns::Dictionary &attributes) const {
-  if (_parentStyle)
-    _parentStyle->applyChain(attributes);
+void VLStyle::applyChain(ns::Dictionary &attributes, size_t depth) const {
+  if (_parentStyle && depth < VLStyleMaxCascadeDepth)
+    _parentStyle->applyChain(attributes, depth + 1);
   applyTextPropertiesToAttributes(attributes);
   applyStyleAttribute(attributes);
 }
@@ -509,13 +531,13 @@ void VLStyle::applyStyleAttribute(ns::Dictionary &attributes) const {
 void VLStyle::applyParagraphPropertiesToAttributes(ns::Dictionary &attributes) const {
   ns::ParagraphStylePtr holder;
   ns::MutableParagraphStylePtr style = paragraphStyleOf(attributes, holder).mutableParagraphStyle();
-  writeParagraphProperties(*style);
+  writeParagraphProperties(*style, 1);
   attributes.setObject(std::move(style), ns::ParagraphStyleAttributeName);
 }
 
-void VLStyle::writeParagraphProperties(ns::MutableParagraphStyle &style) const {
-  if (_parentStyle)
-    _parentStyle->writeParagraphProperties(style);
+void VLStyle::writeParagraphProperties(ns::MutableParagraphStyle &style, size_t depth) const {
+  if (_parentStyle && depth < VLStyleMaxCascadeDepth)
+    _parentStyle->writeParagraphProperties(style, depth + 1);
   uint32_t defines = _defines;
   if (!(defines & appliedParagraphBits))
     return;
@@ -860,24 +882,27 @@ bool VLStyle::isEmpty() const {
 }
 
 bool VLStyle::isEqualToStyle(const VLStylePtr &other) const {
-  if (!other)
+  return other && isEqualToStyle(*other, 1);
+}
+
+bool VLStyle::isEqualToStyle(const VLStyle &other, size_t depth) const {
+  if (_defines != other._defines || _isDefaultStyle != other._isDefaultStyle ||
+      _isAutomaticStyle != other._isAutomaticStyle)
     return false;
-  if (_defines != other->_defines || _isDefaultStyle != other->_isDefaultStyle ||
-      _isAutomaticStyle != other->_isAutomaticStyle)
+  if (_styleName != other._styleName || displayName() != other.displayName())
     return false;
-  if (_styleName != other->_styleName || displayName() != other->displayName())
+  if (!_parentStyle != !other._parentStyle)
     return false;
-  if (!_parentStyle != !other->_parentStyle)
+  if (_parentStyle && depth < VLStyleMaxCascadeDepth &&
+      !_parentStyle->isEqualToStyle(*other._parentStyle, depth + 1))
     return false;
-  if (_parentStyle && !_parentStyle->isEqualToStyle(other->_parentStyle))
+  if (_styleType != other._styleType)
     return false;
-  if (_styleType != other->_styleType)
+  if (isParagraphStyle() && !matchesAttributes(*other.attributes()))
     return false;
-  if (isParagraphStyle() && !matchesAttributes(*other->attributes()))
-    return false;
-  return pageBreakBefore() == other->pageBreakBefore() && keepWithNext() == other->keepWithNext() &&
-         avoidsWidowsAndOrphans() == other->avoidsWidowsAndOrphans() &&
-         textTransform() == other->textTransform() && paginationStyle() == other->paginationStyle();
+  return pageBreakBefore() == other.pageBreakBefore() && keepWithNext() == other.keepWithNext() &&
+         avoidsWidowsAndOrphans() == other.avoidsWidowsAndOrphans() &&
+         textTransform() == other.textTransform() && paginationStyle() == other.paginationStyle();
 }
 
 std::optional<std::u16string>
@@ -908,6 +933,106 @@ VLStyle::styleNameForDisplayName(std::optional<std::u16string_view> displayName)
     }
   }
   return name;
+}
+
+// The user's summary.
+
+std::u16string VLStyle::textDefinition() const {
+  std::u16string text;
+  // The separator goes in before it is known whether the item has words: a default style's
+  // "not bold" has none and leaves a doubled separator, which users have always seen.
+  auto item = [&text]() -> std::u16string & {
+    if (!text.empty())
+      text += u", ";
+    return text;
+  };
+  auto word = [](std::u16string_view key) { return localizedString(key); };
+  auto length = [&](std::u16string_view label, double value) {
+    return ns::format(u"%@: %2.1f pt", word(label), value);
+  };
+  // A default style is the baseline: what it does not have goes unsaid.
+  auto trait = [&](bool defined, bool value, std::u16string_view yes, std::u16string_view no) {
+    if (!defined)
+      return;
+    item();
+    if (value)
+      text += word(yes);
+    else if (!_isDefaultStyle)
+      text += word(no);
+  };
+  auto either = [&](bool defined, bool value, std::u16string_view yes, std::u16string_view no) {
+    if (defined)
+      item() += word(value ? yes : no);
+  };
+  auto listed = [&](int64_t value, std::initializer_list<std::u16string_view> words) {
+    if (value >= 0 && static_cast<size_t>(value) < words.size())
+      text += word(words.begin()[value]);
+  };
+
+  if (definesFont()) {
+    const ns::FontPtr &own = font();
+    item() +=
+        ns::format(u"%@: %@", word(u"Font"), own ? ns::Value(own->familyName()) : ns::Value());
+  }
+  if (definesFontSize())
+    item() += ns::format(u"%2.1f pt", fontSize());
+  trait(definesHasBoldFontWeight(), hasBoldFontWeight(), u"Bold", u"Not Bold");
+  trait(definesHasItalicFontStyle(), hasItalicFontStyle(), u"Italic", u"Not Italic");
+  trait(definesUnderlineStyle(), underlineStyle() != 0, u"Underlined", u"Not Underlined");
+  if (definesForegroundColor()) {
+    const ns::ColorPtr &color = foregroundColor();
+    item() += word(u"Color") + u":" + (color ? stringValue(*color) : word(u"Black"));
+  }
+  if (definesTextTransform()) {
+    item() += word(u"Text Transform") + u":";
+    listed(textTransform(), {u"None", u"Lower Case", u"Upper Case", u"Capitalized"});
+  }
+  if (definesHeaderLevel()) {
+    item() += word(u"Level") + u": ";
+    int64_t level = headerLevel();
+    text += level == 0 && !_isDefaultStyle ? word(u"Body Text") : ns::format(u" %ld", level);
+  }
+  if (definesAlignment()) {
+    item();
+    listed(alignment(), {u"Left", u"Right", u"Centered", u"Justified", u"Natural"});
+  }
+  if (definesParagraphSpacingBefore() || definesParagraphSpacing()) {
+    item() += word(u"Spacing");
+    if (definesParagraphSpacingBefore())
+      text += u" " + length(u"Before", paragraphSpacingBefore());
+    if (definesParagraphSpacing())
+      text += u" " + length(u"After", paragraphSpacing());
+  }
+  if (definesFirstLineHeadIndent())
+    item() += length(u"First Line", firstLineHeadIndent());
+  if (definesHeadIndent())
+    item() += length(u"Left", headIndent());
+  if (definesTailIndent())
+    item() += length(u"Right", tailIndent());
+  if (definesDefaultTabInterval())
+    item() += length(u"Default Tab Interval", defaultTabInterval());
+
+  int64_t pagination = paginationStyle();
+  if (definesPaginationStyle() && pagination != VLGeneralPagination) {
+    static constexpr std::u16string_view classes[] = {u"Normal",    u"Scene Heading", u"Action",
+                                                      u"Character", u"Parenthetical", u"Dialog",
+                                                      u"Shot",      u"Transition"};
+    bool known = pagination > 0 && pagination < static_cast<int64_t>(std::size(classes));
+    item() += ns::format(u"%@ %@", word(u"Paginate as"), word(classes[known ? pagination : 0]));
+  } else {
+    either(definesPageBreakBefore(), pageBreakBefore(), u"Page Break Before",
+           u"No Page Break Before");
+    either(definesPageBreakAfter(), pageBreakAfter(), u"Page Break After", u"No Page Break After");
+    either(definesKeepWithNext(), keepWithNext(), u"Keep with next", u"No keep with next");
+    either(definesAvoidsWidowsAndOrphans(), avoidsWidowsAndOrphans(), u"Widow/Orphan control",
+           u"No Widow/Orphan control");
+  }
+
+  if (_parentStyle) {
+    std::u16string parent = _parentStyle->displayName().value_or(u"");
+    text = text.empty() ? parent : parent + u" + " + text;
+  }
+  return text;
 }
 
 std::u16string VLStyle::description() const {
@@ -990,6 +1115,10 @@ void VLStyle::initWithCoder(ns::KeyedUnarchiver &coder) {
     _properties = std::move(properties);
   _styleType = coder.decodeIntegerForKey(u"styleType");
   _parentStyle = coder.decodeObjectForKey(u"parentStyle").as<VLStyle>();
+  // Decoding is the one way a loop can come in unasked; every archive we write is free of
+  // them, so such a parent is damage and goes.
+  if (_parentStyle && !canTakeParent(*_parentStyle))
+    _parentStyle = nullptr;
   _nextStyle = coder.decodeObjectForKey(u"nextStyle").as<VLStyle>();
   _tabStyle = coder.decodeObjectForKey(u"tabStyle").as<VLStyle>();
   ns::Value paragraphStyle = coder.decodeObjectForKey(u"paragraphStyle");
@@ -1018,6 +1147,13 @@ void VLStyle::initWithCoder(ns::KeyedUnarchiver &coder) {
   for (unsigned bit = 0; bit < VLStyleDefinesBitCount; ++bit)
     if (coder.decodeBoolForKey(keys[bit]))
       _defines |= 1u << bit;
+}
+
+void VLStyle::decodingDidFail() {
+  _parentStyle = nullptr;
+  _nextStyle = nullptr;
+  _tabStyle = nullptr;
+  _properties->removeAllObjects();
 }
 
 // Key-value coding.

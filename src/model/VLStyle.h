@@ -11,6 +11,7 @@
 #include "ns/TextTab.h"
 #include "ns/Value.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -62,6 +63,12 @@ enum VLStyleDefines : uint32_t {
 /// Number of bits in the defines word.
 inline constexpr unsigned VLStyleDefinesBitCount = 31;
 
+/// The most styles a walk up a parent chain visits, the style itself included. A chain
+/// that loops (setParentStyle does not look for loops) or runs deeper is cut there: the
+/// last style visited answers as if it were the root. So no walk of the cascade can hang,
+/// and one costs at most this many steps. Decoding keeps chains within this bound.
+inline constexpr size_t VLStyleMaxCascadeDepth = 256;
+
 /// Values of styleType. 1 is never used; 3 is set only by the RTF stylesheet.
 enum VLStyleType : int64_t {
   VLParagraphStyleType = 0,
@@ -95,8 +102,9 @@ enum VLTextTransform : int64_t {
 /// getter answers with the bit clear and no parent depends on its family (see the getters).
 ///
 /// Styles refer to each other (parent, next, tab) by shared pointers, rings included; the
-/// stylesheet that owns them breaks the rings when it goes. A parent chain must not loop.
-/// The cascade is walked at every read; nothing is cached.
+/// stylesheet that owns them breaks the rings when it goes. A parent chain should not loop;
+/// one that does (or that is deeper than VLStyleMaxCascadeDepth) is cut by every walk. The
+/// cascade is walked at every read; nothing is cached.
 ///
 /// Keyed coding keys: "styleName", "displayName", "properties", "styleType", "parentStyle",
 /// "nextStyle", "tabStyle", "paragraphStyle", "paginationStyle", "font", "fontSize",
@@ -104,7 +112,10 @@ enum VLTextTransform : int64_t {
 /// "isDefaultStyle", "isAutomaticStyle", "hasBoldFontWeight", "hasItalicFontStyle",
 /// "pageBreakBefore", "pageBreakAfter", "keepWithNext", "avoidsWidowsAndOrphans", then
 /// "defines.<name>" booleans for the 31 bits in bit order. "pageBreakAfter" is written and
-/// never read: a decoded style defines the property as false.
+/// never read: a decoded style defines the property as false. A decoded parent that would
+/// close a loop, or make the chain deeper than VLStyleMaxCascadeDepth, is dropped: the style
+/// keeps everything else and has no parent (archives are input, and a damaged one must not
+/// make later reads hang).
 ///
 /// Key-value coding reaches every property by its getter's name (tabStops as an array of
 /// tab stops), plus "outlineLevel", "isParagraphStyle", "isTextStyle" and "attributes"
@@ -420,6 +431,13 @@ public:
   static std::optional<std::u16string>
   styleNameForDisplayName(std::optional<std::u16string_view> displayName);
 
+  /// One line for users of what this style defines itself, items joined by ", ", words
+  /// localized through the main bundle, with the parent's display name and " + " in front:
+  /// "Default Style + Font: Courier, 12.0 pt". Line spacing, line heights, tab stops,
+  /// hyphenation, tightening, writing direction and the underline's pattern, by-word bit
+  /// and colour are not shown. An item with no words still brings its separator, so a
+  /// default style that is not bold shows ", , ".
+  std::u16string textDefinition() const;
   /// The base description and the style name; "default-paragraph-style",
   /// "default-text-style" or "unknown" in place of the name for a default style.
   std::u16string description() const override;
@@ -429,6 +447,8 @@ public:
 
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
   void initWithCoder(ns::KeyedUnarchiver &coder) override;
+  /// Drops the links and properties, which may ring back to this style.
+  void decodingDidFail() override;
 
 protected:
   /// A new empty style of the receiver's class, for copies and derived styles.
@@ -444,14 +464,19 @@ private:
   /// The style of the chain whose value a getter of `bit` answers: the first that defines
   /// it, else the root.
   const VLStyle &definingStyle(uint32_t bit) const;
+  /// False when `parent` would close a loop or make the chain too deep to walk.
+  bool canTakeParent(const VLStyle &parent) const;
+  /// isEqualToStyle with `depth` styles of the chain visited so far.
+  bool isEqualToStyle(const VLStyle &other, size_t depth) const;
   /// The style of the chain that answers a font-derived getter of `bit`: the first that
   /// defines it or has a font of its own; null when none does.
   const VLStyle *fontDerivedSource(uint32_t bit) const;
-  /// Writes the paragraph values of the chain, root first, into `style`.
-  void writeParagraphProperties(ns::MutableParagraphStyle &style) const;
+  /// Writes the paragraph values of the chain, root first, into `style`; `depth` counts
+  /// the styles visited so far.
+  void writeParagraphProperties(ns::MutableParagraphStyle &style, size_t depth) const;
   /// Step four of applyToAttributes for this style alone.
   void applyStyleAttribute(ns::Dictionary &attributes) const;
-  void applyChain(ns::Dictionary &attributes) const;
+  void applyChain(ns::Dictionary &attributes, size_t depth) const;
   VLStylePtr derivedStyle(const ns::Dictionary &attributes, bool paragraph, bool text, int64_t type,
                           bool withParent) const;
 

@@ -4,6 +4,7 @@
 
 #include "model/VLFontTable.h"
 #include "model/VLGraphicStyle.h"
+#include "model/VLListStyle.h"
 #include "model/VLPageLayout.h"
 #include "model/VLStyle.h"
 #include "ns/Dictionary.h"
@@ -39,16 +40,15 @@ struct VLSortDescriptor {
 /// stylesheet, so one style may sit in two sheets; removal touches only the sheet called.
 ///
 /// Copying is an archive round trip, so a copy is deep and rings among the styles stay
-/// rings among the copies.
+/// rings among the copies. A decoded sheet also owns the styles its styles link to without
+/// listing them (an import can leave such links), and those a damaged archive puts in its
+/// other collections: it breaks their rings too when it goes. Decoding clears the automatic
+/// flag of an automatic style whose parent is automatic as well, which could not be applied.
 ///
 /// Keyed coding keys, all objects: "displayName", "fontTable", "styles", "listStyles",
 /// "graphicStyles", "pageLayoutStyles", "properties".
 class VLStylesheet : public ns::Object, public ns::Coding {
 public:
-  // List styles are held as plain objects until their class joins the model; this name is
-  // where its type will go.
-  using ListStylePtr = ns::ObjectPtr;
-
   /// initWithFontTable: with nil: empty collections and no font table.
   VLStylesheet() = default;
   /// Empty collections and `fontTable`.
@@ -115,6 +115,62 @@ public:
   ns::DictionaryPtr outlineSettingsForStyle(VLStylePtr style);
   /// By "outlineLevel", then "displayName", then "isDefaultStyle", all ascending.
   static std::vector<VLSortDescriptor> defaultSortDescriptors();
+  /// The first style that isEqualToStyle `style`, or nil. Costs one comparison per style,
+  /// with the resolved attributes of `style` for every paragraph style of equal names.
+  VLStylePtr styleMatchingStyle(const VLStylePtr &style) const;
+  /// The direct children of `style` that lead to at least one style of the sheet, in the
+  /// order the sheet's styles find them (a grandchild finds its parent); nil when there are
+  /// none or `style` is nil.
+  std::optional<std::vector<VLStylePtr>> descendantsOfStyle(const VLStylePtr &style) const;
+
+  // Free names. Each tries names until one is free, so none fails; every try costs one
+  // pass over the styles (or the graphic styles, list styles, page layouts).
+
+  /// styleNameForDisplayName of `displayName` if no style has it as style name, else that
+  /// name with "_1", "_2", ...: "Scene_20_Heading", then "Scene_20_Heading_1". Nil for nil
+  /// or empty.
+  std::optional<std::u16string>
+  uniqueNameForDisplayName(std::optional<std::u16string_view> displayName) const;
+  /// `name` if no style shows it as display name, else "name 2", "name 3", ... Nil for nil.
+  std::optional<std::u16string>
+  uniqueDisplayNameForName(std::optional<std::u16string_view> name) const;
+  /// `format` (a format with one integer conversion, as "P%d") with the first number from 1
+  /// that gives a free style name.
+  std::u16string uniqueNameForStyle(const VLStylePtr &style, std::u16string_view format) const;
+  /// The same with "P%d" for a paragraph style (and nil), "T%d" for a text style and "U%d"
+  /// for any other kind.
+  std::u16string uniqueNameForStyle(const VLStylePtr &style) const;
+  /// "fr1", "fr2", ...: the first that no graphic style has as style name.
+  std::u16string uniqueNameForGraphicStyle(const VLGraphicStylePtr &style) const;
+  /// "L1", "L2", ...: the first that no list style has as style name.
+  std::u16string uniqueNameForListStyle(const VLListStylePtr &listStyle) const;
+  /// "pm1", "pm2", ...: the first that no page layout has as name.
+  std::u16string uniqueNameForPageLayout(const VLPageLayoutPtr &layout) const;
+
+  // Importing styles from another sheet.
+
+  /// Copies `styles`, and every style their parent, next and tab links reach, into this
+  /// sheet, and answers the map from each one's style name in its old sheet to its style
+  /// here. Only paragraph styles come in. A style equal to one here (styleMatchingStyle)
+  /// maps to that one and adds nothing. A parent comes in before its children, and the
+  /// copy's parent is the parent's style here. A default style arrives as its difference
+  /// from this sheet's default paragraph style, with that as parent, named after the
+  /// localized "Imported Default Style %d", so the sheet keeps one default. A copy whose
+  /// style name is taken replaces the style of that name (replaceStyle, so it goes last and
+  /// links follow it) when `replaceDuplicates`, and is otherwise renamed "Name 2" (display
+  /// name, the style name formed from it). Last, for each of `styles`, the style here that
+  /// has its old style name takes the mapped next and tab styles (nil where unmapped). While
+  /// this runs the map is in properties() under "importStyleMap". An empty or nil-only
+  /// argument answers an empty map. Costs quadratic in the styles in the worst case.
+  ns::DictionaryPtr importStyles(const std::vector<VLStylePtr> &styles, bool replaceDuplicates);
+  /// Imports `style` if `remainingStyles` holds it, removing it there, and answers its style
+  /// here; a style that is not held (done before, or nil) answers the map's entry for its
+  /// name. Records in the map of a running importStyles, if any.
+  VLStylePtr importStyle(const VLStylePtr &style, bool replaceDuplicates,
+                         std::vector<VLStylePtr> &remainingStyles);
+  /// Appends `style` unless it is nil or in `array`, then does the same for its parent, next
+  /// and tab styles, in that order; rings are safe. Linear in what it reaches.
+  void addStylesForStyle(const VLStylePtr &style, std::vector<VLStylePtr> &array) const;
 
   // Graphic styles.
 
@@ -122,6 +178,7 @@ public:
   std::vector<VLGraphicStylePtr> graphicStyles() const { return _graphicStyles; }
   /// Appends; no test for duplicates, no change notice.
   void addGraphicStyle(VLGraphicStylePtr style);
+  /// Removes every entry of that object; no change notice.
   void removeGraphicStyle(const VLGraphicStylePtr &style);
   /// The first graphic style flagged default; when there is none a new default graphic style
   /// is added.
@@ -130,10 +187,22 @@ public:
   // List styles and page layouts.
 
   /// The live array.
-  const std::vector<ListStylePtr> &listStyles() const { return _listStyles; }
+  const std::vector<VLListStylePtr> &listStyles() const { return _listStyles; }
   /// Appends; no test for duplicates, no change notice.
-  void addListStyle(ListStylePtr listStyle);
-  void removeListStyle(const ListStylePtr &listStyle);
+  void addListStyle(VLListStylePtr listStyle);
+  /// Removes every entry of that object; no change notice.
+  void removeListStyle(const VLListStylePtr &listStyle);
+  /// The first list style with that style name, or nil (also for nil).
+  VLListStylePtr listStyleForName(std::optional<std::u16string_view> name) const;
+  /// The first list style with that display name (its style name while it has none), or
+  /// nil (also for nil).
+  VLListStylePtr listStyleForDisplayName(std::optional<std::u16string_view> displayName) const;
+  /// The shared default list style of the process; the sheet does not hold it.
+  static const VLListStylePtr &defaultListStyle() { return VLListStyle::defaultListStyle(); }
+  /// The display name of the outline list style's level `level` (the first list style that
+  /// numbers the outline), when that level has one; else the display name of
+  /// styleForOutlineLevel, or nil when no style has that level.
+  std::optional<std::u16string> displayNameForOutlineLevel(int64_t level) const;
   /// The live array.
   const std::vector<VLPageLayoutPtr> &pageLayoutStyles() const { return _pageLayoutStyles; }
   /// Plain; no change notice.
@@ -145,6 +214,8 @@ public:
   void addPageLayoutStyle(VLPageLayoutPtr layout);
   /// Removes, announced to observers of "pageLayoutStyles".
   void removePageLayoutStyle(const VLPageLayoutPtr &layout);
+  /// The first page layout with that name, or nil (also for nil).
+  VLPageLayoutPtr pageLayoutStyleForName(std::optional<std::u16string_view> name) const;
 
   // The default stylesheets. Display names are localized and style names are formed from
   // them; each sheet ends with the default graphic style.
@@ -165,6 +236,8 @@ public:
 
   void encodeWithCoder(ns::KeyedArchiver &coder) const override;
   void initWithCoder(ns::KeyedUnarchiver &coder) override;
+  /// Lets go of everything it holds, which may hold it in turn.
+  void decodingDidFail() override;
 
 protected:
   /// "styles", "graphicStyles", "listStyles", "pageLayoutStyles" (new arrays),
@@ -174,14 +247,23 @@ protected:
 private:
   /// Points every other style's parent, next and tab links to `from` at `to`.
   void pointLinks(const VLStylePtr &from, const VLStylePtr &to);
+  /// importStyle with `depth` parents imported above it.
+  VLStylePtr importStyle(VLStylePtr style, bool replaceDuplicates,
+                         std::vector<VLStylePtr> &remainingStyles, size_t depth);
+  /// After decoding: remembers the styles that the sheet's styles, and the styles `held` by
+  /// its keys out of place, reach through their links without listing them, and makes every
+  /// automatic style applicable.
+  void adoptDecodedStyles(const std::vector<VLStylePtr> &held);
 
-  std::vector<ListStylePtr> _listStyles;
+  std::vector<VLListStylePtr> _listStyles;
   std::vector<VLGraphicStylePtr> _graphicStyles;
   std::vector<VLPageLayoutPtr> _pageLayoutStyles;
   ns::DictionaryPtr _properties = ns::Dictionary::create();
   std::optional<std::u16string> _displayName;
   VLFontTablePtr _fontTable;
   std::vector<VLStylePtr> _styles;
+  // Styles a decoded sheet reaches without listing them; not archived.
+  std::vector<VLStylePtr> _linkedStyles;
 };
 
 } // namespace vl

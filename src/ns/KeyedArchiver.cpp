@@ -550,6 +550,9 @@ Value KeyedUnarchiver::unarchiveObjectWithData(const Data &data, ErrorPtr *error
     impl.fail(u"decoding stopped: " + fromUTF8(exception.what()));
   }
   if (impl.error) {
+    for (const Value &value : impl.decoded)
+      if (auto *coding = dynamic_cast<Coding *>(value.object().get()))
+        coding->decodingDidFail();
     setError(error, impl.error);
     return Value();
   }

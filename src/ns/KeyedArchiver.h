@@ -38,6 +38,11 @@ public:
   virtual ~Coding() = default;
   virtual void encodeWithCoder(KeyedArchiver &coder) const = 0;
   virtual void initWithCoder(KeyedUnarchiver &coder) = 0;
+  /// Called on every object decoded so far when the archive fails, before the unarchiver
+  /// lets go of them. An object that can hold others in a ring (a style's next style)
+  /// drops its references here, so that the unfinished graph is freed. Does nothing by
+  /// default.
+  virtual void decodingDidFail() {}
 };
 
 /// Makes an empty instance of a class for the unarchiver.

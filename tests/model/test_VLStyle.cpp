@@ -1,5 +1,6 @@
 // Styles: the defines word, the cascade of getters, application to attributes, comparison
-// and derived styles, resets, names, line spacing modes, copies and coding.
+// and derived styles, resets, names, line spacing modes, copies, coding, walks over chains
+// that loop, and the one-line summary for users.
 #include "ModelTestSupport.h"
 #include "model/VLConstants.h"
 #include "model/VLGraphicStyle.h"
@@ -715,4 +716,87 @@ TEST(VLStyle, DescendantsAndDescription) {
   text->setStyleType(VLTextStyleType);
   text->setIsDefaultStyle(true);
   EXPECT_NE(text->description().find(u"default-text-style"), std::u16string::npos);
+}
+
+TEST(VLStyle, TextDefinitionDefaultStyleShowsEverythingButWhatItLacks) {
+  auto style = VLStyle::defaultParagraphStyle();
+  std::u16string family = style->font()->familyName();
+  EXPECT_EQ(style->textDefinition(),
+            u"Font: " + family +
+                u", 12.0 pt, , , , Color:Black, Text Transform:None, Level:  0, Natural, Spacing "
+                u"Before: 0.0 pt After: 0.0 pt, First Line: 0.0 pt, Left: 0.0 pt, Right: 0.0 pt, "
+                u"Default Tab Interval: 36.0 pt, No Page Break Before, No Page Break After, No "
+                u"keep with next, No Widow/Orphan control");
+}
+
+TEST(VLStyle, TextDefinitionParentGoesInFront) {
+  auto parent = VLStyle::defaultParagraphStyle();
+  auto child = VLStyle::create();
+  child->setParentStyle(parent);
+  EXPECT_EQ(child->textDefinition(), u"Default Style") << "no \" + \" before nothing";
+  child->setFont(ns::Font::fontWithName(u"Courier", 10));
+  child->setFontSize(12);
+  EXPECT_EQ(child->textDefinition(), u"Default Style + Font: Courier, 12.0 pt");
+  EXPECT_EQ(VLStyle::create()->textDefinition(), u"");
+}
+
+TEST(VLStyle, TextDefinitionItemsOfAnOrdinaryStyle) {
+  auto style = VLStyle::create();
+  style->setHasBoldFontWeight(false);
+  style->setHasItalicFontStyle(true);
+  style->setUnderlineStyle(0);
+  style->setForegroundColor(ns::Color::redColor());
+  style->setTextTransform(7);
+  style->setHeaderLevel(0);
+  style->setAlignment(ns::TextAlignmentCenter);
+  style->setParagraphSpacing(6);
+  style->setHeadIndent(1.5);
+  style->setPaginationStyle(VLDialoguePagination);
+  style->setPageBreakBefore(true);
+  EXPECT_EQ(style->textDefinition(),
+            u"Not Bold, Italic, Not Underlined, Color:#ff0000, Text Transform:, Level: Body Text, "
+            u"Centered, Spacing After: 6.0 pt, Left: 1.5 pt, Paginate as Dialog")
+      << "a pagination class hides the page break items";
+
+  auto unknown = VLStyle::create();
+  unknown->setPaginationStyle(12);
+  unknown->setHeaderLevel(2);
+  EXPECT_EQ(unknown->textDefinition(), u"Level:  2, Paginate as Normal");
+}
+
+TEST(VLStyle, TextDefinitionWordsAreLocalized) {
+  ns::Bundle::mainBundle()->setStringsTable(
+      u"", ns::Dictionary::create(
+               {{u"Bold", ns::Value(u"Gras")}, {u"Keep with next", ns::Value(u"Lié au suivant")}}));
+  auto style = VLStyle::create();
+  style->setHasBoldFontWeight(true);
+  style->setKeepWithNext(true);
+  std::u16string text = style->textDefinition();
+  ns::Bundle::resetMainBundle();
+  EXPECT_EQ(text, u"Gras, Lié au suivant");
+}
+
+TEST(VLStyle, WalksOverAParentLoopEnd) {
+  auto a = VLStyle::create();
+  auto b = childOf(a);
+  a->setParentStyle(b);
+  b->setFontSize(20);
+  EXPECT_EQ(a->fontSize(), 20.0);
+  EXPECT_EQ(a->alignment(), ns::ParagraphStyle::defaultParagraphStyle()->alignment());
+  EXPECT_TRUE(a->attributes());
+  EXPECT_FALSE(a->isDescendantOfStyle(VLStyle::create()));
+  EXPECT_NO_THROW((void)a->isEqualToStyle(b));
+  a->setParentStyle(nullptr);
+
+  // A chain deeper than any walk goes is cut: what lies beyond is not seen.
+  auto root = VLStyle::create();
+  root->setFontSize(30);
+  VLStylePtr leaf = root;
+  for (size_t i = 1; i < VLStyleMaxCascadeDepth; ++i)
+    leaf = childOf(leaf);
+  EXPECT_EQ(leaf->fontSize(), 30.0);
+  EXPECT_TRUE(leaf->isDescendantOfStyle(root));
+  leaf = childOf(leaf);
+  EXPECT_EQ(leaf->fontSize(), 12.0);
+  EXPECT_FALSE(leaf->isDescendantOfStyle(root));
 }

@@ -196,7 +196,7 @@ TEST(VLStylesheet, PageLayoutsAndListStyles) {
   EXPECT_EQ(counter.changes, 2);
   EXPECT_EQ(sheet->pageLayoutStyles().size(), 2u);
 
-  auto list = std::make_shared<ns::Dictionary>();
+  auto list = VLListStyle::create();
   sheet->addListStyle(list);
   sheet->addListStyle(list);
   EXPECT_EQ(sheet->listStyles().size(), 2u) << "no test for duplicates";

@@ -1,9 +1,12 @@
-// Loading a Fountain script through either parser.
+// Loading a Fountain script through either parser, and printing it back.
 #include "converters/fountain/FNScript.h"
 
 #include "converters/fountain/FastFountainParser.h"
 #include "converters/fountain/FountainParser.h"
+#include "converters/fountain/FountainWriter.h"
+#include "ns/FileManager.h"
 #include "ns/Path.h"
+#include "ns/String.h"
 
 namespace vl {
 
@@ -74,6 +77,34 @@ void FNScript::loadString(std::u16string_view string, int32_t parser) {
   filename_.reset();
   elements_ = FountainParser::parseBodyOfString(string);
   titlePage_ = FountainParser::parseTitlePageOfString(string);
+}
+
+std::u16string FNScript::stringFromDocument() const {
+  return FountainWriter::documentFromScript(*this);
+}
+
+std::u16string FNScript::stringFromTitlePage() const {
+  return FountainWriter::titlePageFromScript(*this);
+}
+
+std::u16string FNScript::stringFromBody() const {
+  return FountainWriter::bodyFromScript(*this);
+}
+
+std::u16string FNScript::description() const {
+  return stringFromDocument();
+}
+
+bool FNScript::writeToFile(std::u16string_view path) const {
+  ns::Data bytes = ns::Data::fromString(ns::toUTF8(stringFromDocument()));
+  return ns::FileManager::defaultManager()->createFileAtPath(path, bytes);
+}
+
+bool FNScript::writeToURL(const ns::URLPtr &url) const {
+  if (!url || !url->isFileURL())
+    return false;
+  std::u16string path = url->path();
+  return !path.empty() && writeToFile(path);
 }
 
 } // namespace vl

@@ -4,6 +4,7 @@
 #include "converters/fountain/FNElement.h"
 #include "ns/Array.h"
 #include "ns/Object.h"
+#include "ns/URL.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,7 +19,7 @@ using FNScriptPtr = std::shared_ptr<FNScript>;
 
 /// The elements and title page of one screenplay. Loading goes through FastFountainParser,
 /// or through FountainParser when the parser argument is 1; a later load replaces both.
-/// Printing a script back as Fountain text is FountainWriter's.
+/// Printing goes through FountainWriter.
 class FNScript : public ns::Object {
 public:
   VL_OBJECT(FNScript)
@@ -62,6 +63,22 @@ public:
   /// Whether a writer leaves scene numbers out. False after construction.
   bool suppressSceneNumbers() const { return suppressSceneNumbers_; }
   void setSuppressSceneNumbers(bool suppress) { suppressSceneNumbers_ = suppress; }
+
+  // Printing, through FountainWriter.
+
+  /// FountainWriter::documentFromScript: title page and body.
+  std::u16string stringFromDocument() const;
+  /// FountainWriter::titlePageFromScript.
+  std::u16string stringFromTitlePage() const;
+  /// FountainWriter::bodyFromScript.
+  std::u16string stringFromBody() const;
+  /// The whole document, as stringFromDocument.
+  std::u16string description() const override;
+  /// Writes stringFromDocument as UTF-8, atomically (an old file stays whole on failure);
+  /// answers whether that worked. The reason of a failure is not passed on.
+  bool writeToFile(std::u16string_view path) const;
+  /// writeToFile with the path of a file URL; false for a nil URL or any other kind.
+  bool writeToURL(const ns::URLPtr &url) const;
 
 private:
   std::optional<std::u16string> filename_;
