@@ -182,6 +182,16 @@ TEST_F(VLConvert, FountainSampleToJSONAndFCF) {
   EXPECT_EQ(slurp(path("sample.fcf")), slurp(sample + ".fcf"));
 }
 
+TEST_F(VLConvert, FCFThroughFountainAndBackIsByteForByte) {
+  ASSERT_EQ(run({script_.string(), path("script.fountain")}).status, 0);
+  EXPECT_NE(slurp(path("script.fountain")).find("INT. LIGHTHOUSE - NIGHT\n"), std::string::npos);
+  ASSERT_EQ(run({path("script.fountain"), path("back.fcf")}).status, 0);
+  EXPECT_EQ(slurp(path("back.fcf")), slurp(script_));
+  // Fountain to Fountain settles after one pass.
+  ASSERT_EQ(run({path("script.fountain"), path("again.fountain")}).status, 0);
+  EXPECT_EQ(slurp(path("again.fountain")), slurp(path("script.fountain")));
+}
+
 TEST_F(VLConvert, BadInputGivesOneLineAndNoOutput) {
   const std::string before = slurp(script_);
   spit(path("bad.fcf"), "RIFF" + word(0) + word(0));

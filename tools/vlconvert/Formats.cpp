@@ -5,6 +5,8 @@
 #include "converters/fcf/VLFCFReader.h"
 #include "converters/fcf/VLFCFWriter.h"
 #include "converters/fountain/VLSFountainReader.h"
+#include "converters/fountain/VLSFountainWriter.h"
+#include "model/VLDocumentSettings.h"
 #include "ns/Assert.h"
 #include "ns/String.h"
 
@@ -34,6 +36,21 @@ vl::VLDocumentPair readFountain(const Data &data) {
                                  : std::string("the text cannot be decoded")) +
                           ")");
   return std::move(*document);
+}
+
+Data writeFountain(const vl::VLDocumentPair &document) {
+  auto writer = vl::VLSFountainWriter::create(document.attributedString);
+  // The writer starts as a screenplay writer; a novel puts its scene titles back as headings.
+  writer->setIsScreenplay(vl::isScreenplayDocument(document.documentAttributes));
+  vl::ns::ErrorPtr error;
+  std::optional<Data> data = writer->dataFromRange(
+      vl::ns::Range{0, document.attributedString->length()}, document.documentAttributes, &error);
+  if (!data)
+    throw ConversionError("cannot write Fountain (" +
+                          (error ? vl::ns::toUTF8(error->localizedDescription())
+                                 : std::string("the writer gave no text")) +
+                          ")");
+  return std::move(*data);
 }
 
 vl::VLDocumentPair readFCF(const Data &data) {
@@ -69,7 +86,7 @@ Data writeJSON(const vl::VLDocumentPair &document) {
 
 const std::vector<Format> &formats() {
   static const std::vector<Format> table{
-      {"fountain", "Fountain", {"fountain", "spmd"}, readFountain, nullptr},
+      {"fountain", "Fountain", {"fountain", "spmd"}, readFountain, writeFountain},
       {"fcf", "FCF", {"fcf"}, readFCF, writeFCF},
       {"json", "JSON", {"json"}, nullptr, writeJSON},
   };
