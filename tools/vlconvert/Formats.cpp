@@ -11,7 +11,10 @@
 #include "ns/String.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
+#include <optional>
+#include <string>
 
 namespace vlconvert {
 
@@ -26,14 +29,17 @@ std::string lowercase(std::string_view text) {
   return lower;
 }
 
+/// The error's description, or `fallback` when there is none.
+std::string describe(const vl::ns::ErrorPtr &error, const char *fallback) {
+  return error ? vl::ns::toUTF8(error->localizedDescription()) : std::string(fallback);
+}
+
 vl::VLDocumentPair readFountain(const Data &data) {
   vl::ns::ErrorPtr error;
   std::optional<vl::VLDocumentPair> document =
       vl::VLSFountainReader::create()->documentWithData(data, nullptr, &error);
   if (!document)
-    throw ConversionError("not a Fountain file (" +
-                          (error ? vl::ns::toUTF8(error->localizedDescription())
-                                 : std::string("the text cannot be decoded")) +
+    throw ConversionError("not a Fountain file (" + describe(error, "the text cannot be decoded") +
                           ")");
   return std::move(*document);
 }
@@ -46,9 +52,7 @@ Data writeFountain(const vl::VLDocumentPair &document) {
   std::optional<Data> data = writer->dataFromRange(
       vl::ns::Range{0, document.attributedString->length()}, document.documentAttributes, &error);
   if (!data)
-    throw ConversionError("cannot write Fountain (" +
-                          (error ? vl::ns::toUTF8(error->localizedDescription())
-                                 : std::string("the writer gave no text")) +
+    throw ConversionError("cannot write Fountain (" + describe(error, "the writer gave no text") +
                           ")");
   return std::move(*data);
 }
