@@ -177,6 +177,14 @@ TEST_F(VLConvert, FountainSampleToJSONAndFCF) {
   EXPECT_EQ(doc["settings"]["documentSettings"]["completions"]["characters"][0]["stringValue"],
             "NELL");
 
+  // Back to Fountain: the synopsis returns after its section through the outline; the notes
+  // (point comments), boneyard and title page lines other than title and author do not.
+  ASSERT_EQ(run({sample + ".fountain", path("again.fountain")}).status, 0);
+  const std::string again = slurp(path("again.fountain"));
+  EXPECT_TRUE(again.starts_with("#ACT ONE\n\n=Nell keeps the light burning")) << again;
+  EXPECT_EQ(again.find("[["), std::string::npos);
+  EXPECT_EQ(again.find("/*"), std::string::npos);
+
   // The FCF sample is this conversion, kept in step with the reader.
   ASSERT_EQ(run({sample + ".fountain", path("sample.fcf")}).status, 0);
   EXPECT_EQ(slurp(path("sample.fcf")), slurp(sample + ".fcf"));

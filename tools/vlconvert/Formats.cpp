@@ -6,7 +6,9 @@
 #include "converters/fcf/VLFCFWriter.h"
 #include "converters/fountain/VLSFountainReader.h"
 #include "converters/fountain/VLSFountainWriter.h"
+#include "model/VLConstants.h"
 #include "model/VLDocumentSettings.h"
+#include "model/VLMemoryRDFModel.h"
 #include "ns/Assert.h"
 #include "ns/String.h"
 
@@ -48,9 +50,20 @@ Data writeFountain(const vl::VLDocumentPair &document) {
   auto writer = vl::VLSFountainWriter::create(document.attributedString);
   // The writer starts as a screenplay writer; a novel puts its scene titles back as headings.
   writer->setIsScreenplay(vl::isScreenplayDocument(document.documentAttributes));
+  // Synopses live in the outline entries' properties; a model made from the references lets
+  // the writer put them back after their headings. A host-supplied model is left alone.
+  vl::ns::DictionaryPtr attributes =
+      document.documentAttributes ? document.documentAttributes : vl::ns::Dictionary::create();
+  if (attributes->objectForKey(vl::VLRDFMetadataDocumentAttribute).isNil()) {
+    auto model = vl::VLMemoryRDFModel::create();
+    model->addResourcesFromReferences(
+        attributes->objectForKey(vl::VLReferencesDocumentAttribute).dictionary());
+    attributes = std::static_pointer_cast<vl::ns::Dictionary>(attributes->copy());
+    attributes->setObject(vl::ns::Value(model), vl::VLRDFMetadataDocumentAttribute);
+  }
   vl::ns::ErrorPtr error;
   std::optional<Data> data = writer->dataFromRange(
-      vl::ns::Range{0, document.attributedString->length()}, document.documentAttributes, &error);
+      vl::ns::Range{0, document.attributedString->length()}, attributes, &error);
   if (!data)
     throw ConversionError("cannot write Fountain (" + describe(error, "the writer gave no text") +
                           ")");
