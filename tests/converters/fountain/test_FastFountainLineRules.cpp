@@ -19,14 +19,10 @@ using namespace vl::ns;
 namespace {
 
 struct Element {
-  Element(std::u16string type, std::u16string text, bool centered = false, bool dual = false,
-          std::optional<std::u16string> number = std::nullopt, uint64_t depth = 0)
-      : type(std::move(type)), text(std::move(text)), centered(centered), dual(dual),
-        number(std::move(number)), depth(depth) {}
   std::u16string type, text;
-  bool centered, dual;
-  std::optional<std::u16string> number;
-  uint64_t depth;
+  bool centered = false, dual = false;
+  std::optional<std::u16string> number = {};
+  uint64_t depth = 0;
   bool operator==(const Element &) const = default;
 };
 
@@ -123,7 +119,7 @@ std::vector<Element> reference(std::u16string_view contents) {
       blanks = 0;
     } else if (blanks > 0 && matches(line, u"^[^a-z]+$") && i + 1 < lines.size() &&
                !lines[i + 1].empty()) {
-      Element cue(u"Character", line);
+      Element cue{u"Character", line};
       if (matches(line, uR"(\^\s*$)")) {
         cue.dual = true;
         cue.text = replaced(line, uR"(\s*\^\s*$)");
@@ -158,82 +154,24 @@ std::vector<Element> parsed(std::u16string_view text) {
   std::vector<Element> out;
   FastFountainParserPtr parser = FastFountainParser::createWithString(text);
   for (const FNElementPtr &e : parser->elements())
-    out.emplace_back(e->elementType(), e->elementText(), e->isCentered(), e->isDualDialogue(),
-                     e->sceneNumber(), e->sectionDepth());
+    out.push_back(Element{e->elementType(), e->elementText(), e->isCentered(), e->isDualDialogue(),
+                          e->sceneNumber(), e->sectionDepth()});
   return out;
 }
 
 const std::u16string_view Lines[] = {
-    u"",
-    u"  ",
-    u"\t",
-    u"\u00a0",
-    u"\u3000 ",
-    u"Text.",
-    u"lower case",
-    u"BOB",
-    u"BOB ^",
-    u"BOB^ \t",
-    u"A ^^",
-    u"MARY (V.O.)",
-    u"(beat)",
-    u"  (aside)",
-    u"/*",
-    u"/* x",
-    u"x */",
-    u"*/  ",
-    u"/* a */",
-    u"/**/",
-    u"/*/",
-    u"===",
-    u"=== ",
-    u"====x",
-    u"= syn",
-    u" =syn",
-    u"==",
-    u"[[note]]",
-    u" [[ n ]] ",
-    u"[[a]b]]",
-    u"[[]]",
-    u"[[ ]]",
-    u"[[[x]]",
+    // Blanks, text, cues and parentheticals.
+    u"", u"  ", u"\t", u"\u00a0", u"\u3000 ", u"Text.", u"lower case", u"BOB", u"BOB ^", u"BOB^ \t",
+    u"A ^^", u"MARY (V.O.)", u"(beat)", u"  (aside)", u"^", u"(", u"X\u2028y",
+    // Boneyards, page breaks, synopses and notes.
+    u"/*", u"/* x", u"x */", u"*/  ", u"/* a */", u"/**/", u"/*/", u"===", u"=== ", u"====x",
+    u"= syn", u" =syn", u"==", u"[[note]]", u" [[ n ]] ", u"[[a]b]]", u"[[]]", u"[[ ]]", u"[[[x]]",
     u"[[]",
-    u"# S",
-    u"  ## S",
-    u"#",
-    u" # ",
-    u"#\u00a0x",
-    u".X",
-    u"..X",
-    u".X #1#",
-    u".#2#",
-    u".",
-    u"INT. A #1#",
-    u"int. a",
-    u"EXT.B",
-    u"EST X",
-    u"ie x",
-    u"I/E-x",
-    u"INTX",
-    u"E\u017ft. q",
-    u"E\ufb05. q",
-    u"\u0130NT. x",
-    u"INT. A #1# #2#",
-    u"INT. A ## ",
-    u"INT. A #1# x",
-    u"CUT TO:",
-    u"  FADE OUT.",
-    u"FADE IN:",
-    u"> T",
-    u">",
-    u"><",
-    u"> C <",
-    u">x<",
-    u"< x >",
-    u"^",
-    u"(",
-    u"X\u2028y",
-};
+    // Sections, scene headings, transitions and centred text.
+    u"# S", u"  ## S", u"#", u" # ", u"#\u00a0x", u".X", u"..X", u".X #1#", u".#2#", u".",
+    u"INT. A #1#", u"int. a", u"EXT.B", u"EST X", u"ie x", u"I/E-x", u"INTX", u"E\u017ft. q",
+    u"E\ufb05. q", u"\u0130NT. x", u"INT. A #1# #2#", u"INT. A ## ", u"INT. A #1# x", u"CUT TO:",
+    u"  FADE OUT.", u"FADE IN:", u"> T", u">", u"><", u"> C <", u">x<", u"< x >"};
 const char16_t Extras[] = {u'#', u'^', u' ', u'\t', u'<', u'>', u'*',      u'/',      u'[',
                            u']', u'=', u'.', u'a',  u'A', u'(', u'\u00a0', u'\u017f', u'\u2029'};
 
@@ -244,7 +182,7 @@ TEST(FastFountainLineRules, MatchThePatternsOnRandomScripts) {
     return (state >> 8) % bound;
   };
   const uint32_t lineCount = std::size(Lines), extraCount = std::size(Extras);
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 200; ++round) {
     std::u16string text = u"Text.\n\n"; // a first block that is no title page
     for (int i = 0, n = 5 + static_cast<int>(next(40)); i < n; ++i) {
       std::u16string line(Lines[next(lineCount)]);
