@@ -92,16 +92,15 @@ TEST(FountainWriterBody, EachElementHasItsLine) {
   EXPECT_EQ(body({numbered, forced}, true), "\nINT. HOUSE\n\n.THE ROOF\n");
 }
 
-TEST(FountainWriterTitlePage, KeysAreCapitalisedAndSeveralValuesIndented) {
+TEST(FountainWriterDocument, TitlePageKeysAreCapitalisedAndSeveralValuesIndented) {
   EXPECT_EQ(titlePage({entry(u"title", {u"Big Fish"}), entry(u"authors", {u"John August"}),
                        entry(u"draft date", {u"1/2/03"})}),
             "Title: Big Fish\nAuthor: John August\nDraft date: 1/2/03\n");
   EXPECT_EQ(titlePage({entry(u"authors", {u"Ann", u"Ben"}), entry(u"contact", {})}),
             "Authors:\n\tAnn\n\tBen\nContact:\n");
   EXPECT_EQ(titlePage({entry(u"\u00e9t\u00e9", {u"x"})}), "\u00c9t\u00e9: x\n");
-}
 
-TEST(FountainWriterDocument, TitlePageThenBodyTrimmedOfLineEndsAndWrittenAsUTF8) {
+  // The document is the title page, then the body, trimmed of line ends.
   FNScript script;
   EXPECT_EQ(script.stringFromDocument(), u"");
   script.setElements({element(FNElementTypeSceneHeading, u"INT. HOUSE")});

@@ -30,16 +30,10 @@ namespace {
 
 using Strings = std::vector<std::u16string>;
 
-std::u16string number(int64_t n) {
-  return ns::fromUTF8(std::to_string(n));
-}
-
 struct Read {
   VLSFountainReaderPtr reader;
   ns::MutableAttributedStringPtr text;
   ns::DictionaryPtr attributes;
-
-  uint64_t at(std::u16string_view needle) const { return text->string().find(needle); }
 
   // "Style: text" for each paragraph, without its line feed.
   Strings paragraphs() const {
@@ -117,9 +111,10 @@ struct Read {
       EXPECT_EQ(properties->objectForKey(u"resourceType").string(),
                 entry->level() ? VLSectionResourceType : VLObjectResourceType);
       ns::Value summary = properties->objectForKey(u"summary");
-      result.push_back(
-          *entry->title() + u" (" + (level.isNil() ? u"-" : number(level.integerValue())) + u") " +
-          ns::StringFromRange(entry->range()) + (summary.isNil() ? u"" : u": " + summary.string()));
+      result.push_back(*entry->title() + u" (" +
+                       (level.isNil() ? u"-" : ns::fromUTF8(std::to_string(level.integerValue()))) +
+                       u") " + ns::StringFromRange(entry->range()) +
+                       (summary.isNil() ? u"" : u": " + summary.string()));
     }
     size_t markers = 0;
     for (const auto &[identifier, value] : *reader->references())
@@ -213,8 +208,9 @@ TEST(FountainReaderElements, EachElementBecomesAParagraphInItsStyle) {
   EXPECT_EQ(heading->parentStyle(), sheet->styleForDisplayName(u"Action"));
   EXPECT_EQ(heading->nextStyle(), sheet->styleForDisplayName(u"Action"));
   // Centred text is a centred action without indents.
-  auto centred = r.text->attribute(ns::ParagraphStyleAttributeName, r.at(u"THE END"), nullptr)
-                     .as<ns::ParagraphStyle>();
+  auto centred =
+      r.text->attribute(ns::ParagraphStyleAttributeName, r.text->string().find(u"THE END"), nullptr)
+          .as<ns::ParagraphStyle>();
   EXPECT_EQ(centred->alignment(), ns::TextAlignmentCenter);
   EXPECT_EQ(centred->firstLineHeadIndent() + centred->headIndent() + centred->tailIndent(), 0.0);
 }
@@ -292,33 +288,11 @@ TEST(FountainReaderCompletions, ListsHoldWhatWasSeenMostRecentFirst) {
   EXPECT_EQ(transitions.size(), 10u);
   EXPECT_EQ(read(">FADE IN:\n\nINT. HOUSE - DAY\n").completions(u"locations"),
             (Strings{u"HOUSE", u"FADE IN:"}));
+  // Of two known times the one seen more recently ends the heading.
+  EXPECT_EQ(read("INT. X - DUSK - DAY\n").completions(u"locations"), (Strings{u"X - DUSK"}));
+  EXPECT_EQ(read("EXT. Y - DUSK\n\nINT. X - DUSK - DAY\n").completions(u"locations"),
+            (Strings{u"X", u"Y"}));
   EXPECT_EQ(read("").completions(u"sceneIntros"), (Strings{u"INT", u"EXT", u"I/E"}));
-}
-
-TEST(FountainReaderCompletions, HeadingsAndCuesAreCutIntoTheirParts) {
-  using Parts = std::vector<std::optional<std::u16string>>;
-  auto reader = VLSFountainReader::create();
-  auto heading = [&](std::u16string_view text) {
-    Parts parts(3, u"unchanged");
-    reader->parseSceneHeading(text, &parts[0], &parts[1], &parts[2]);
-    return parts;
-  };
-  auto cue = [](std::u16string_view text) {
-    Parts parts(2, u"unchanged");
-    bool read = VLSFountainReader::parseCharacter(text, &parts[0], &parts[1]);
-    parts.push_back(read ? u"read" : u"not read");
-    return parts;
-  };
-  EXPECT_EQ(heading(u"int. x - dusk - day\n"), (Parts{u"INT", u"X - DUSK", u"DAY"}));
-  EXPECT_EQ(heading(u"FADE IN:\n"), (Parts{u"unchanged", u"FADE IN:", std::nullopt}));
-  // A time seen more recently wins.
-  reader->updateCompletionsFromSceneHeading(u"EXT. Y - DUSK\n");
-  EXPECT_EQ(heading(u"INT. X - DUSK - DAY\n"), (Parts{u"INT", u"X", u"DUSK"}));
-
-  EXPECT_EQ(cue(u"bob\n"), (Parts{u"BOB", u"unchanged", u"read"}));
-  EXPECT_EQ(cue(u"Bob (v.o.)\n"), (Parts{u"BOB", u"(V.O.)", u"read"}));
-  EXPECT_EQ(cue(u"(O.S.)"), (Parts{std::nullopt, u"(O.S.)", u"read"}));
-  EXPECT_EQ(cue(u""), (Parts{std::nullopt, u"unchanged", u"not read"}));
 }
 
 TEST(FountainReaderNovel, ScenesTitleEntriesAndSeparatorsStandBetweenThem) {

@@ -46,6 +46,32 @@ public:
       log += (log.empty() ? "" : "|") + entry;
   }
 
+  std::optional<ns::Data> data() override {
+    note("data");
+    return Base::data();
+  }
+  void startEncoding() override { note("start"); }
+  void endEncoding() override { note("end"); }
+  void encodeBodyInRange(Range r) override {
+    note("body" + text(r));
+    Base::encodeBodyInRange(r);
+  }
+  uint64_t encodeSpanInRange(Range r) override {
+    uint64_t next = Base::encodeSpanInRange(r);
+    note("'" + ns::toUTF8(currentString()->substringWithRange({r.location, next - r.location})) +
+         "'");
+    return next;
+  }
+  uint64_t encodeTextMarkersAtLocation(uint64_t location) override {
+    note("markers@" + std::to_string(location), false);
+    return Base::encodeTextMarkersAtLocation(location);
+  }
+  void encodeCommentStart(const VLSTextMarkerPtr &m) override {
+    note("commentStart " + ns::toUTF8(*m->identifier()));
+    if (onCommentStart)
+      onCommentStart(*this);
+  }
+
 #define RECORD_RANGE_HOOK(Hook, Name, Always)                                                      \
   uint64_t Hook(Range r) override {                                                                \
     note(Name + text(r), Always);                                                                  \
@@ -68,36 +94,6 @@ public:
   RECORD_MARKER_HOOK(encodeComment, "comment")
   RECORD_MARKER_HOOK(encodeCommentEnd, "commentEnd")
 #undef RECORD_MARKER_HOOK
-
-  std::optional<ns::Data> data() override {
-    note("data");
-    return Base::data();
-  }
-  void startEncoding() override {
-    note("start");
-  }
-  void endEncoding() override {
-    note("end");
-  }
-  void encodeBodyInRange(Range r) override {
-    note("body" + text(r));
-    Base::encodeBodyInRange(r);
-  }
-  uint64_t encodeSpanInRange(Range r) override {
-    uint64_t next = Base::encodeSpanInRange(r);
-    note("'" + ns::toUTF8(currentString()->substringWithRange({r.location, next - r.location})) +
-         "'");
-    return next;
-  }
-  uint64_t encodeTextMarkersAtLocation(uint64_t location) override {
-    note("markers@" + std::to_string(location), false);
-    return Base::encodeTextMarkersAtLocation(location);
-  }
-  void encodeCommentStart(const VLSTextMarkerPtr &m) override {
-    note("commentStart " + ns::toUTF8(*m->identifier()));
-    if (onCommentStart)
-      onCommentStart(*this);
-  }
 };
 
 ns::MutableAttributedStringPtr textOf(std::u16string_view string) {
