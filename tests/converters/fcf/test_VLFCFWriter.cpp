@@ -54,21 +54,15 @@ VLStylePtr styleWith(std::u16string_view displayName, int64_t pagination) {
 
 } // namespace
 
-TEST(VLFCFWriterRecords, WritesTheWorkedExample) {
+TEST(VLFCFWriterRecords, EveryTerminatorEndsOneRecord) {
   Script script;
   script.add(u"Scene_20_Heading", u"INT. HOUSE\n");
   EXPECT_EQ(script.write(), FCFBytes().record(1, "INT. HOUSE\r").str());
-}
-
-TEST(VLFCFWriterRecords, EmptyRangeGivesTheHeaderAlone) {
-  Script script;
-  script.add(u"Action", u"Text\n");
-  EXPECT_EQ(script.write(ns::Range{2, 0}), FCFBytes().str());
+  EXPECT_EQ(script.write(ns::Range{2, 0}), FCFBytes().str()) << "the header alone";
   EXPECT_EQ(VLFCFWriter::create(nullptr)->dataFromRange(ns::Range{0, 0}).length(), 20u);
-}
 
-TEST(VLFCFWriterRecords, EveryTerminatorBecomesOneReturn) {
-  Script script;
+  // Text that ends in a break has no empty record after it.
+  script = Script();
   script.add(u"Action", u"a\nb\rc\r\nd\u2029\ne");
   EXPECT_EQ(script.write(), FCFBytes()
                                 .record(2, "a\r")
@@ -78,12 +72,6 @@ TEST(VLFCFWriterRecords, EveryTerminatorBecomesOneReturn) {
                                 .record(2, "\r")
                                 .record(2, "e")
                                 .str());
-}
-
-TEST(VLFCFWriterRecords, TextEndingInABreakHasNoEmptyRecordAfterIt) {
-  Script script;
-  script.add(u"Character", u"ANNA\n").add(u"Dialogue", u"Yes.\n");
-  EXPECT_EQ(script.write(), FCFBytes().record(3, "ANNA\r").record(5, "Yes.\r").str());
 }
 
 TEST(VLFCFWriterRanges, PartialParagraphsAtBothEnds) {
@@ -97,19 +85,15 @@ TEST(VLFCFWriterRanges, PartialParagraphsAtBothEnds) {
   EXPECT_EQ(script.write(ns::Range{24, 6}), FCFBytes().record(3, " SMITH").str());
 }
 
-TEST(VLFCFWriterTypes, PaginationStylesMapToTypeCodes) {
+TEST(VLFCFWriterTypes, PaginationOrElseTheDisplayNameGivesTheType) {
   const std::pair<int64_t, int32_t> table[] = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4},
                                                {5, 5}, {6, 0}, {7, 6}, {8, 0}, {-1, 0}};
   for (auto [pagination, type] : table)
     EXPECT_EQ(VLFCFWriter::typeForPaginationStyle(pagination), type) << pagination;
-}
-
-TEST(VLFCFWriterTypes, StylesWithoutPaginationGoByDisplayName) {
   EXPECT_EQ(VLFCFWriter::typeForStyle(nullptr), 0);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Dialog", 0)), 5);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"My Heading", 1)), 1);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Shot", 0)), 0);
-  EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Footnote", 0)), 0);
 }
 
 TEST(VLFCFWriterText, NonASCIIBecomesOneQuestionMarkPerUnit) {
