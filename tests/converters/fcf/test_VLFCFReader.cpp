@@ -143,12 +143,6 @@ TEST(VLFCFReaderAttributes, TheDocumentAttributesAreTheDefaults) {
   ns::PrintInfo::resetSharedPrintInfo();
   EXPECT_EQ(valueAtKeyPath(attributes, u"settings.documentSettings.defaultContentStyle"),
             ns::Value(u"Action"));
-  EXPECT_EQ(valueAtKeyPath(attributes, u"settings.outlineSettings.outlineLevelSettings")
-                .array()
-                ->objectAtIndex(0)
-                .dictionary()
-                ->objectForKey(u"defaultStyle"),
-            ns::Value(u"Scene_20_Heading"));
 
   // The completion lists hold the standard entries, fresh on every call.
   auto settings = reader->defaultSettings();
