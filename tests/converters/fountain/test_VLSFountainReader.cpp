@@ -329,10 +329,6 @@ TEST(FountainReaderDocument, AttributesHoldStylesheetSettingsMasterPageAndRefere
   EXPECT_EQ(r.attributes->objectForKey(VLStylesheetDocumentAttribute).as<VLStylesheet>(),
             r.reader->stylesheet());
   EXPECT_TRUE(isScreenplayDocument(r.attributes));
-  ns::Value level = valueAtKeyPath(r.attributes, u"settings.outlineSettings.outlineLevelSettings")
-                        .array()
-                        ->objectAtIndex(0);
-  EXPECT_EQ(level.dictionary()->objectForKey(u"defaultStyle").string(), u"Scene_20_Heading");
   auto page = valueAtKeyPath(r.attributes, std::u16string(VLMasterPagesKey) + u".Standard")
                   .as<VLMasterPage>();
   ASSERT_TRUE(page);
@@ -340,23 +336,16 @@ TEST(FountainReaderDocument, AttributesHoldStylesheetSettingsMasterPageAndRefere
   EXPECT_EQ(page->pageLayout()->rightMargin(), 72.0);
 }
 
-TEST(FountainReaderDocument, WithoutAnAttributesPointerTheTextComesAlone) {
-  auto reader = VLSFountainReader::create();
-  auto text = reader->attributedStringWithData(ns::Data::fromString("Text.\n\n[[note]]\n\nMore.\n"),
-                                               nullptr, nullptr, nullptr);
-  ASSERT_TRUE(text);
-  EXPECT_EQ(text->string(), u"Text.\nMore.\n");
-  EXPECT_TRUE(text->attribute(VLSTextMarkerAttributeName, 5, nullptr).as<VLSTextMarker>());
-  EXPECT_EQ(reader->settings()->count(), 0u);
-}
-
-TEST(FountainReaderDocument, AHostsTextIsFilledInPlace) {
+TEST(FountainReaderDocument, AHostsTextIsFilledInPlaceAndNeedsNoAttributesPointer) {
   auto reader = VLSFountainReader::create();
   auto target = ns::MutableAttributedString::create();
   reader->setAttributedString(target);
-  Read r = read("Words.\n", reader);
-  EXPECT_EQ(r.text, target);
-  EXPECT_EQ(target->string(), u"Words.\n");
+  auto text = reader->attributedStringWithData(ns::Data::fromString("Text.\n\n[[note]]\n\nMore.\n"),
+                                               nullptr, nullptr, nullptr);
+  EXPECT_EQ(text, target);
+  EXPECT_EQ(target->string(), u"Text.\nMore.\n");
+  EXPECT_TRUE(text->attribute(VLSTextMarkerAttributeName, 5, nullptr).as<VLSTextMarker>());
+  EXPECT_EQ(reader->settings()->count(), 0u);
 }
 
 TEST(FountainRoundTrip, AScreenplayLosesOnlyWhatTheFormatsDoNotCarry) {
