@@ -239,7 +239,7 @@ TEST_F(VLConvert, UsageErrorsExitTwo) {
 
 TEST_F(VLConvert, HelpAndVersion) {
   Outcome help = run({"--help"}), version = run({"--version"});
-  EXPECT_EQ(help.status + version.status, 0);
+  EXPECT_EQ(std::make_pair(help.status, version.status), std::make_pair(0, 0));
   EXPECT_EQ(help.out.rfind("usage: vlconvert", 0), 0u) << help.out;
   EXPECT_EQ(version.out.rfind("vlconvert ", 0), 0u) << version.out;
 }
