@@ -11,12 +11,10 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <utility>
 
 using namespace vl;
 using vl::test::FCFBytes;
-using vl::test::paragraphStyleNameAt;
 
 namespace {
 
@@ -32,7 +30,6 @@ public:
     return *this;
   }
   const ns::MutableAttributedStringPtr &text() const { return text_; }
-  const VLStylesheetPtr &sheet() const { return sheet_; }
 
   std::string write(ns::Range range) const {
     return std::string(VLFCFWriter::create(text_)->dataFromRange(range).view());
@@ -54,21 +51,15 @@ VLStylePtr styleWith(std::u16string_view displayName, int64_t pagination) {
 
 } // namespace
 
-TEST(VLFCFWriterRecords, WritesTheWorkedExample) {
+TEST(VLFCFWriterRecords, EveryTerminatorEndsOneRecord) {
   Script script;
   script.add(u"Scene_20_Heading", u"INT. HOUSE\n");
   EXPECT_EQ(script.write(), FCFBytes().record(1, "INT. HOUSE\r").str());
-}
-
-TEST(VLFCFWriterRecords, EmptyRangeGivesTheHeaderAlone) {
-  Script script;
-  script.add(u"Action", u"Text\n");
-  EXPECT_EQ(script.write(ns::Range{2, 0}), FCFBytes().str());
+  EXPECT_EQ(script.write(ns::Range{2, 0}), FCFBytes().str()) << "the header alone";
   EXPECT_EQ(VLFCFWriter::create(nullptr)->dataFromRange(ns::Range{0, 0}).length(), 20u);
-}
 
-TEST(VLFCFWriterRecords, EveryTerminatorBecomesOneReturn) {
-  Script script;
+  // Text that ends in a break has no empty record after it.
+  script = Script();
   script.add(u"Action", u"a\nb\rc\r\nd\u2029\ne");
   EXPECT_EQ(script.write(), FCFBytes()
                                 .record(2, "a\r")
@@ -78,12 +69,6 @@ TEST(VLFCFWriterRecords, EveryTerminatorBecomesOneReturn) {
                                 .record(2, "\r")
                                 .record(2, "e")
                                 .str());
-}
-
-TEST(VLFCFWriterRecords, TextEndingInABreakHasNoEmptyRecordAfterIt) {
-  Script script;
-  script.add(u"Character", u"ANNA\n").add(u"Dialogue", u"Yes.\n");
-  EXPECT_EQ(script.write(), FCFBytes().record(3, "ANNA\r").record(5, "Yes.\r").str());
 }
 
 TEST(VLFCFWriterRanges, PartialParagraphsAtBothEnds) {
@@ -97,32 +82,23 @@ TEST(VLFCFWriterRanges, PartialParagraphsAtBothEnds) {
   EXPECT_EQ(script.write(ns::Range{24, 6}), FCFBytes().record(3, " SMITH").str());
 }
 
-TEST(VLFCFWriterTypes, PaginationStylesMapToTypeCodes) {
+TEST(VLFCFWriterTypes, PaginationOrElseTheDisplayNameGivesTheType) {
   const std::pair<int64_t, int32_t> table[] = {{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4},
                                                {5, 5}, {6, 0}, {7, 6}, {8, 0}, {-1, 0}};
   for (auto [pagination, type] : table)
     EXPECT_EQ(VLFCFWriter::typeForPaginationStyle(pagination), type) << pagination;
-}
-
-TEST(VLFCFWriterTypes, StylesWithoutPaginationGoByDisplayName) {
   EXPECT_EQ(VLFCFWriter::typeForStyle(nullptr), 0);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Dialog", 0)), 5);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"My Heading", 1)), 1);
   EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Shot", 0)), 0);
-  EXPECT_EQ(VLFCFWriter::typeForStyle(styleWith(u"Footnote", 0)), 0);
 }
 
-TEST(VLFCFWriterText, NonASCIIBecomesOneQuestionMarkPerUnit) {
-  Script script;
-  script.add(u"Action", u"Caf\u00e9 \U0001F600\n");
-  EXPECT_EQ(script.write(), FCFBytes().record(2, "Caf? ??\r").str());
-}
-
-TEST(VLFCFWriterLoss, CharacterAttributesAndMarkersAreDropped) {
+TEST(VLFCFWriterLoss, NonASCIIUnitsCharacterAttributesAndMarkersAreLost) {
   Script plain;
-  plain.add(u"Action", u"He runs.\n");
+  plain.add(u"Action", u"He runs.\u00e9 \U0001F600\n");
+  EXPECT_EQ(plain.write(), FCFBytes().record(2, "He runs.? ??\r").str()) << "one ? per unit";
   Script rich;
-  rich.add(u"Action", u"He runs.\n");
+  rich.add(u"Action", u"He runs.\u00e9 \U0001F600\n");
   rich.text()->addAttribute(ns::FontAttributeName, ns::Font::fontWithName(u"Courier-Bold", 12),
                             ns::Range{3, 4});
   rich.text()->addAttribute(ns::LinkAttributeName, u"https://example.com", ns::Range{0, 2});
@@ -147,18 +123,4 @@ TEST(VLFCFWriterRoundTrip, FileToTextToFileIsByteForByte) {
   ASSERT_TRUE(text);
   auto written = VLFCFWriter::create(text)->dataFromRange(ns::Range{0, text->length()});
   EXPECT_EQ(written.view(), file.str());
-}
-
-TEST(VLFCFWriterRoundTrip, ShotsAndCustomStylesComeBackAsTheDefaultStyle) {
-  Script script;
-  script.add(u"Action", u"Wide.\n");
-  auto shot = styleWith(u"Shot", 0);
-  shot->setStyleName(u"Shot");
-  script.text()->appendAttributedString(
-      ns::AttributedString(u"ANGLE ON DOOR\n", shot->attributes()));
-  auto text = VLFCFReader::create()->attributedStringWithData(ns::Data::fromString(script.write()),
-                                                              nullptr, nullptr, nullptr);
-  ASSERT_TRUE(text);
-  EXPECT_EQ(paragraphStyleNameAt(*text, 0), u"Action");
-  EXPECT_EQ(paragraphStyleNameAt(*text, 6), u"Default_20_Style");
 }

@@ -1,17 +1,22 @@
 // Tests of Fountain parsing: title pages, every element kind of the line parser, its boneyard
-// and note rules, the regex pipeline and where it differs, scripts and hostile text.
+// and note rules, its cross-check against the rules' patterns, the regex pipeline and where it
+// differs, scripts and hostile text.
 #include "converters/fountain/FNElement.h"
 #include "converters/fountain/FNScript.h"
 #include "converters/fountain/FastFountainParser.h"
 #include "converters/fountain/FountainParser.h"
 #include "ns/Dictionary.h"
-#include "ns/FileManager.h"
+#include "ns/RegularExpression.h"
 #include "ns/String.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,376 +26,444 @@ using namespace vl;
 namespace {
 
 using Strings = std::vector<std::u16string>;
+using Entries = std::vector<std::pair<std::u16string, Strings>>;
 
-struct Parsed {
-  FNElementArray elements;
-  ns::ArrayPtr titlePage;
-
-  size_t size() const { return elements.size(); }
-  const FNElement &operator[](size_t i) const { return *elements.at(i); }
-  // "Type: text" for each element, for whole-list comparisons.
-  Strings summary() const {
-    Strings result;
-    for (const FNElementPtr &element : elements)
-      result.push_back(element->elementType() + u": " + element->elementText());
-    return result;
+// "Type marks: text" for each element; the marks are " #number#", " ><" for centred text,
+// " ^" for dual dialogue and the section depth.
+Strings summary(const FNElementArray &elements) {
+  Strings result;
+  for (const FNElementPtr &e : elements) {
+    std::u16string line = e->elementType();
+    if (e->sceneNumber())
+      line += u" #" + *e->sceneNumber() + u"#";
+    if (e->isCentered())
+      line += u" ><";
+    if (e->isDualDialogue())
+      line += u" ^";
+    if (e->sectionDepth())
+      line += u" " + ns::fromUTF8(std::to_string(e->sectionDepth()));
+    result.push_back(line + u": " + e->elementText());
   }
-};
-
-Parsed fast(std::u16string_view text) {
-  FastFountainParserPtr parser = FastFountainParser::createWithString(text);
-  return {parser->elements(), parser->titlePage()};
-}
-
-Parsed regex(std::u16string_view text) {
-  return {FountainParser::parseBodyOfString(text), FountainParser::parseTitlePageOfString(text)};
+  return result;
 }
 
 // The title page as (key, lines) pairs.
-std::vector<std::pair<std::u16string, Strings>> entries(const ns::ArrayPtr &titlePage) {
-  std::vector<std::pair<std::u16string, Strings>> result;
-  for (const ns::Value &value : *titlePage) {
-    auto dictionary = value.as<ns::Dictionary>();
-    EXPECT_EQ(dictionary->count(), 1u);
-    for (const auto &[key, lines] : *dictionary) {
+Entries entries(const ns::ArrayPtr &titlePage) {
+  Entries result;
+  for (const ns::Value &value : *titlePage)
+    for (const auto &[key, lines] : *value.as<ns::Dictionary>()) {
       Strings strings;
       for (const ns::Value &line : *lines.as<ns::Array>())
         strings.push_back(line.string());
       result.emplace_back(key, strings);
     }
-  }
   return result;
 }
 
-using Entries = std::vector<std::pair<std::u16string, Strings>>;
+struct Parsed {
+  Strings elements;
+  Entries titlePage;
+};
 
-TEST(FastFountainTitlePage, InlineDirectivesBecomeEntriesAndLeaveTheBody) {
-  Parsed p =
-      fast(u"Title: Big Fish\nCredit: written by\nAuthor: John August\n\nINT. HOUSE - DAY\n");
-  EXPECT_EQ(entries(p.titlePage), (Entries{{u"title", {u"Big Fish"}},
-                                           {u"credit", {u"written by"}},
-                                           {u"authors", {u"John August"}}}));
-  EXPECT_EQ(p.summary(), (Strings{u"Scene Heading: INT. HOUSE - DAY"}));
+Parsed fast(std::u16string_view text) {
+  FastFountainParserPtr parser = FastFountainParser::createWithString(text);
+  return {summary(parser->elements()), entries(parser->titlePage())};
 }
 
-TEST(FastFountainTitlePage, MultiLineValuesAreTrimmedAndDirectivesInARowShareTheirLines) {
-  Parsed p = fast(u"Title:\n    Big Fish\n\tPart Two  \nDraft date: 1/2/03\n\nText.\n");
-  EXPECT_EQ(entries(p.titlePage),
-            (Entries{{u"title", {u"Big Fish", u"Part Two"}}, {u"draft date", {u"1/2/03"}}}));
-
-  // Data-free directives one after another fill one array: each entry holds every line.
-  p = fast(u"Title:\n  A\nContact:\n  B\n\nText.\n");
-  EXPECT_EQ(entries(p.titlePage), (Entries{{u"title", {u"A", u"B"}}, {u"contact", {u"A", u"B"}}}));
-  EXPECT_EQ(p.titlePage->objectAtIndex(0).as<ns::Dictionary>()->objectForKey(u"title").object(),
-            p.titlePage->objectAtIndex(1).as<ns::Dictionary>()->objectForKey(u"contact").object());
-  // An inline directive starts a new array.
-  p = fast(u"Contact:\n  A\nTitle: T\nNotes:\n  B\n\nText.\n");
-  EXPECT_EQ(entries(p.titlePage),
-            (Entries{{u"contact", {u"A"}}, {u"title", {u"T"}}, {u"notes", {u"B"}}}));
+Parsed regex(std::u16string_view text) {
+  return {summary(FountainParser::parseBodyOfString(text)),
+          entries(FountainParser::parseTitlePageOfString(text))};
 }
 
-TEST(FastFountainTitlePage, AuthorMapsButAuthorSDoesNot) {
-  EXPECT_EQ(entries(fast(u"AUTHOR: X\n\nText.").titlePage), (Entries{{u"authors", {u"X"}}}));
-  EXPECT_EQ(entries(fast(u"Author(s): X\n\nText.").titlePage), (Entries{{u"author(s)", {u"X"}}}));
-}
+struct Case {
+  std::u16string_view text;
+  Strings elements;
+  Entries titlePage = {};
+};
 
-TEST(FastFountainTitlePage, ALoneDirectiveWithNothingUnderItStaysInTheScript) {
-  Parsed p = fast(u"FADE IN:\n\nA field.\n");
-  EXPECT_TRUE(p.titlePage->empty());
-  EXPECT_EQ(p.summary(), (Strings{u"Action: FADE IN:", u"Action: A field."}));
-}
-
-TEST(FastFountainTitlePage, ProseBeforeAColonLineIsLostAndTheTopGoesEverywhere) {
-  Parsed p =
-      fast(u"Some prose\nNote: it ends here\n\nAction.\n\nSome prose\nNote: it ends here\n\nEnd.");
-  EXPECT_EQ(entries(p.titlePage), (Entries{{u"note", {u"it ends here"}}}));
-  EXPECT_EQ(p.summary(), (Strings{u"Action: Action.", u"Action: End."}));
-  // A top without any directive is no title page.
-  p = fast(u"Just a line.\n\nAnother.");
-  EXPECT_TRUE(p.titlePage->empty());
-  EXPECT_EQ(p.size(), 2u);
-}
-
-TEST(FastFountainTitlePage, LineEndsOfAnyKindAndLeadingBlanks) {
-  Parsed p = fast(u"\r\n  \tTitle: X\r\n\r\nINT. A - DAY\rText.\r\n");
-  EXPECT_EQ(entries(p.titlePage), (Entries{{u"title", {u"X"}}}));
-  EXPECT_EQ(p.summary(), (Strings{u"Scene Heading: INT. A - DAY\nText."}));
-}
-
-TEST(FastFountainParser, EmptyAndBlankTextGiveNothing) {
-  for (std::u16string_view text : {u"", u"\n\n\n", u"   \t\n \r\n", u"\u2028\u2029\v\f"}) {
-    Parsed p = fast(text);
-    EXPECT_EQ(p.size(), 0u);
-    EXPECT_TRUE(p.titlePage->empty());
+void check(Parsed (*parse)(std::u16string_view), const std::vector<Case> &cases) {
+  for (const Case &c : cases) {
+    Parsed p = parse(c.text);
+    EXPECT_EQ(p.elements, c.elements) << ns::toUTF8(c.text);
+    EXPECT_EQ(p.titlePage, c.titlePage) << ns::toUTF8(c.text);
   }
 }
 
-TEST(FastFountainParser, SceneHeadingsWithNumbersAndForcedOnes) {
-  Parsed p = fast(u"INT. HOUSE - DAY #1A#\n\next. road - night\n\nI/E. CAR #12-B.#  \n\n"
-                  u"EST. CITY\n\nIE SHIP\n\n.SNIPER SCOPE POV #7#\n\nINTERIOR\n\n...and then\n");
-  ASSERT_EQ(p.size(), 8u);
-  EXPECT_EQ(p[0].elementType(), FNElementTypeSceneHeading);
-  EXPECT_EQ(p[0].elementText(), u"INT. HOUSE - DAY "); // not trimmed
-  EXPECT_EQ(p[0].sceneNumber(), u"1A");
-  EXPECT_EQ(p[1].elementText(), u"ext. road - night");
-  EXPECT_FALSE(p[1].sceneNumber().has_value());
-  EXPECT_EQ(p[2].elementText(), u"I/E. CAR ");
-  EXPECT_EQ(p[2].sceneNumber(), u"12-B.");
-  EXPECT_EQ(p[3].elementType(), FNElementTypeSceneHeading);
-  EXPECT_EQ(p[4].elementType(), FNElementTypeSceneHeading);
-  EXPECT_EQ(p[5].elementText(), u"SNIPER SCOPE POV");
-  EXPECT_EQ(p[5].sceneNumber(), u"7");
-  // No separator after INT, and three periods force nothing.
-  EXPECT_EQ(p[6].elementType(), FNElementTypeAction);
-  EXPECT_EQ(p[7].elementType(), FNElementTypeAction);
-  EXPECT_EQ(p[7].elementText(), u"...and then");
+TEST(FastFountainParser, TitlePages) {
+  check(
+      fast,
+      {{u"Title: Big Fish\nCredit: written by\nAuthor: John August\n\nINT. HOUSE - DAY\n",
+        {u"Scene Heading: INT. HOUSE - DAY"},
+        {{u"title", {u"Big Fish"}}, {u"credit", {u"written by"}}, {u"authors", {u"John August"}}}},
+       // Values on the lines under a directive are trimmed.
+       {u"Title:\n    Big Fish\n\tPart Two  \nDraft date: 1/2/03\n\nText.\n",
+        {u"Action: Text."},
+        {{u"title", {u"Big Fish", u"Part Two"}}, {u"draft date", {u"1/2/03"}}}},
+       // Directives without data in a row share one array; an inline one starts a new array.
+       {u"Title:\n  A\nContact:\n  B\n\nText.\n",
+        {u"Action: Text."},
+        {{u"title", {u"A", u"B"}}, {u"contact", {u"A", u"B"}}}},
+       {u"Contact:\n  A\nTitle: T\nNotes:\n  B\n\nText.\n",
+        {u"Action: Text."},
+        {{u"contact", {u"A"}}, {u"title", {u"T"}}, {u"notes", {u"B"}}}},
+       {u"AUTHOR: X\n\nText.", {u"Action: Text."}, {{u"authors", {u"X"}}}},
+       {u"Author(s): X\n\nText.", {u"Action: Text."}, {{u"author(s)", {u"X"}}}},
+       // A lone directive with nothing under it, or a top without one, stays in the script.
+       {u"FADE IN:\n\nA field.\n", {u"Action: FADE IN:", u"Action: A field."}},
+       {u"Just a line.\n\nAnother.", {u"Action: Just a line.", u"Action: Another."}},
+       // Prose before a directive line is lost, and that top is taken out wherever it recurs.
+       {u"Some prose\nNote: it ends here\n\nAction.\n\nSome prose\nNote: it ends here\n\nEnd.",
+        {u"Action: Action.", u"Action: End."},
+        {{u"note", {u"it ends here"}}}},
+       {u"\r\n  \tTitle: X\r\n\r\nINT. A - DAY\rText.\r\n",
+        {u"Scene Heading: INT. A - DAY\nText."},
+        {{u"title", {u"X"}}}}});
 }
 
-TEST(FastFountainParser, SceneHeadingsNeedNoBlankLineAndTakeTheLinesUnderThem) {
-  EXPECT_EQ(fast(u"A man runs.\nINT. HOUSE - DAY\nHe stops.\n").summary(),
-            (Strings{u"Action: A man runs.", u"Scene Heading: INT. HOUSE - DAY\nHe stops."}));
-  // Inside dialogue a heading keeps the dialogue going.
-  EXPECT_EQ(fast(u"BOB\nINT. CAR\nHi.\n").summary(),
-            (Strings{u"Character: BOB", u"Scene Heading: INT. CAR", u"Dialogue: Hi."}));
-  // Caseless matching folds the long s onto "s".
-  EXPECT_EQ(fast(u"E\u017fT. PARK\n")[0].elementType(), FNElementTypeSceneHeading);
+TEST(FastFountainParser, ScenesCuesAndTransitions) {
+  check(
+      fast,
+      {{u"", {}},
+       {u"\u2028\u2029\v\f", {}},
+       // Numbers leave the heading's text untrimmed; "." forces a heading, "..." does not.
+       {u"INT. HOUSE - DAY #1A#\n\next. road - night\n\nI/E. CAR #12-B.#  \n\nEST. CITY\n\n"
+        u"IE SHIP\n\n.SNIPER SCOPE POV #7#\n\nINTERIOR\n\n...and then\n",
+        {u"Scene Heading #1A#: INT. HOUSE - DAY ", u"Scene Heading: ext. road - night",
+         u"Scene Heading #12-B.#: I/E. CAR ", u"Scene Heading: EST. CITY",
+         u"Scene Heading: IE SHIP", u"Scene Heading #7#: SNIPER SCOPE POV", u"Action: INTERIOR",
+         u"Action: ...and then"}},
+       // A heading needs no blank line, takes the lines under it, and keeps dialogue going.
+       {u"A man runs.\nINT. HOUSE - DAY\nHe stops.\n",
+        {u"Action: A man runs.", u"Scene Heading: INT. HOUSE - DAY\nHe stops."}},
+       {u"BOB\nINT. CAR\nHi.\n", {u"Character: BOB", u"Scene Heading: INT. CAR", u"Dialogue: Hi."}},
+       {u"BOB (V.O.)\n(quietly)\nHello.\n  How are you?\n(beat)\nFine.\n\nMARY\nHi.\n",
+        {u"Character: BOB (V.O.)", u"Parenthetical: (quietly)", u"Dialogue: Hello.\n  How are you?",
+         u"Parenthetical: (beat)", u"Dialogue: Fine.", u"Character: MARY", u"Dialogue: Hi."}},
+       // A cue needs a line under it, no lower case, and a blank line above.
+       {u"Text.\n\nBOB", {u"Action: Text.", u"Action: BOB"}},
+       {u"BOB (cont'd)\nHi.\n", {u"Action: BOB (cont'd)\nHi."}},
+       {u"He yells.\nSTOP\nNow.\n", {u"Action: He yells.\nSTOP\nNow."}},
+       {u"BOB\n  \n", {u"Character: BOB"}},
+       // Dual dialogue marks the cue and the last cue before it, across anything.
+       {u"BOB\nLeft.\n\nMARY ^ \nRight.\n",
+        {u"Character ^: BOB", u"Dialogue: Left.", u"Character ^: MARY", u"Dialogue: Right."}},
+       {u"BOB ^\nOne.\n\nINT. HALL\n\nAction.\n\nMARY ^\nTwo.\n",
+        {u"Character ^: BOB", u"Dialogue: One.", u"Scene Heading: INT. HALL", u"Action: Action.",
+         u"Character ^: MARY", u"Dialogue: Two."}},
+       {u"MARY^\nTwo.\n", {u"Character ^: MARY", u"Dialogue: Two."}},
+       // Only listed transitions, or forced ones; centred text is action between marks.
+       {u"CUT TO:\n\n  SMASH CUT TO:\n\n> FADE TO BLACK\n\n>\n\n"
+        u"JUMP CUT TO:\n\nFADE IN:\nText.\n",
+        {u"Transition: CUT TO:", u"Transition:   SMASH CUT TO:", u"Transition: FADE TO BLACK",
+         u"Transition: ", u"Action: JUMP CUT TO:", u"Character: FADE IN:", u"Dialogue: Text."}},
+       {u">  THE END  <\n\n><\n", {u"Action ><: THE END", u"Action ><: "}},
+       // Lines end at every newline character.
+       {u"BOB\u2028Hi.\u2029\u2029Text.\vMore.\u0085\u0085End.",
+        {u"Character: BOB", u"Dialogue: Hi.", u"Action: Text.\nMore.", u"Action: End."}}});
 }
 
-TEST(FastFountainParser, CuesParentheticalsAndDialogue) {
-  Parsed p = fast(u"BOB (V.O.)\n(quietly)\nHello.\n  How are you?\n(beat)\nFine.\n\nMARY\nHi.\n");
-  EXPECT_EQ(p.summary(), (Strings{u"Character: BOB (V.O.)", u"Parenthetical: (quietly)",
-                                  u"Dialogue: Hello.\n  How are you?", u"Parenthetical: (beat)",
-                                  u"Dialogue: Fine.", u"Character: MARY", u"Dialogue: Hi."}));
-}
-
-TEST(FastFountainParser, CueRules) {
-  // The last line of the file has no line under it: action.
-  EXPECT_EQ(fast(u"Text.\n\nBOB").summary(), (Strings{u"Action: Text.", u"Action: BOB"}));
-  // A lower-case letter anywhere makes it action.
-  EXPECT_EQ(fast(u"BOB (cont'd)\nHi.\n")[0].elementType(), FNElementTypeAction);
-  // Capitals right under a text line join it.
-  EXPECT_EQ(fast(u"He yells.\nSTOP\nNow.\n").summary(),
-            (Strings{u"Action: He yells.\nSTOP\nNow."}));
-  // A line of blanks under a cue counts as a line.
-  EXPECT_EQ(fast(u"BOB\n  \n")[0].elementType(), FNElementTypeCharacter);
-}
-
-TEST(FastFountainParser, DualDialogueMarksBothCues) {
-  Parsed p = fast(u"BOB\nLeft.\n\nMARY ^ \nRight.\n");
-  ASSERT_EQ(p.size(), 4u);
-  EXPECT_TRUE(p[0].isDualDialogue());
-  EXPECT_EQ(p[0].elementText(), u"BOB");
-  EXPECT_TRUE(p[2].isDualDialogue());
-  EXPECT_EQ(p[2].elementText(), u"MARY");
-  // The walk back finds the last cue across anything, and leaves its own "^" alone.
-  p = fast(u"BOB ^\nOne.\n\nINT. HALL\n\nAction.\n\nMARY ^\nTwo.\n");
-  EXPECT_EQ(p[0].elementText(), u"BOB");
-  EXPECT_TRUE(p[0].isDualDialogue());
-  EXPECT_TRUE(p[4].isDualDialogue());
-  // With no cue before it, only the marked one is dual.
-  p = fast(u"MARY^\nTwo.\n");
-  EXPECT_TRUE(p[0].isDualDialogue());
-  EXPECT_EQ(p[0].elementText(), u"MARY");
-}
-
-TEST(FastFountainParser, Transitions) {
-  Parsed p = fast(u"CUT TO:\n\n  SMASH CUT TO:\n\n> FADE TO BLACK\n\n>\n\nJUMP CUT TO:\n\n"
-                  u"FADE IN:\nText.\n");
-  ASSERT_EQ(p.size(), 7u);
-  EXPECT_EQ(p.summary()[0], u"Transition: CUT TO:");
-  EXPECT_EQ(p.summary()[1], u"Transition:   SMASH CUT TO:"); // as it stands
-  EXPECT_EQ(p.summary()[2], u"Transition: FADE TO BLACK");
-  EXPECT_EQ(p.summary()[3], u"Transition: ");
-  EXPECT_EQ(p.summary()[4], u"Action: JUMP CUT TO:"); // not listed
-  EXPECT_EQ(p.summary()[5], u"Character: FADE IN:");  // not listed, capitals with a line under
-  EXPECT_EQ(p.summary()[6], u"Dialogue: Text.");
-}
-
-TEST(FastFountainParser, CenteredTextIsActionBetweenMarks) {
-  Parsed p = fast(u">  THE END  <\n\n><\n");
-  ASSERT_EQ(p.size(), 2u);
-  EXPECT_EQ(p[0].elementType(), FNElementTypeAction);
-  EXPECT_TRUE(p[0].isCentered());
-  EXPECT_EQ(p[0].elementText(), u"THE END");
-  EXPECT_TRUE(p[1].isCentered());
-  EXPECT_EQ(p[1].elementText(), u"");
-}
-
-TEST(FastFountainParser, SectionsSynopsesAndPageBreaks) {
-  Parsed p =
-      fast(u"# Act One\n\n  ## Scene\n= The hero leaves.\n== Twice\n===\n\n#\n\n==== \nText.");
-  EXPECT_EQ(p.summary(), (Strings{u"Section Heading:  Act One", u"Section Heading:  Scene",
-                                  u"Synopsis:  The hero leaves.", u"Synopsis: = Twice",
-                                  u"Page Break: ===", u"Page Break: ==== \nText."}));
-  EXPECT_EQ(p[0].sectionDepth(), 1u);
-  EXPECT_EQ(p[1].sectionDepth(), 4u); // leading blanks count
-  EXPECT_EQ(p[0].description(), u"Section Heading (1):  Act One");
-}
-
-TEST(FastFountainParser, NotesNeedABlankLineBefore) {
-  Parsed p =
-      fast(u"Text.\n\n[[A note.]]\n  [[ another ]]  \nLine.\n[[joined]]\n\n[[a]b]]\n\n[[ ]]\n");
-  EXPECT_EQ(p.summary(), (Strings{u"Action: Text.", u"Comment: A note.", u"Comment: another",
-                                  u"Action: Line.\n[[joined]]", u"Action: [[a]b]]", u"Comment: "}));
-}
-
-TEST(FastFountainParser, BoneyardKeepsOnlyTheLinesBetweenItsMarks) {
-  EXPECT_EQ(
-      fast(u"/* opening is dropped\nkept\n\n  kept too\nclosing is dropped */\nAfter.\n").summary(),
-      (Strings{u"Boneyard: \nkept\n\n  kept too\n\nAfter."})); // joins like any block
-  EXPECT_EQ(fast(u"/* one line */\n").summary(), (Strings{u"Boneyard:  one line "}));
-  // A closing mark outside any boneyard gives what was held, and its line is gone.
-  EXPECT_EQ(fast(u"Text.\n\nwords here */\n").summary(),
-            (Strings{u"Action: Text.", u"Boneyard: "}));
-  // A boneyard never closed disappears with everything in it.
-  EXPECT_EQ(fast(u"Text.\n\n/*\nlost\n\nBOB\nHi.\n").summary(), (Strings{u"Action: Text."}));
-}
-
-TEST(FastFountainParser, LinesEndAtEveryNewlineCharacter) {
-  EXPECT_EQ(
-      fast(u"BOB\u2028Hi.\u2029\u2029Text.\vMore.\u0085\u0085End.").summary(),
-      (Strings{u"Character: BOB", u"Dialogue: Hi.", u"Action: Text.\nMore.", u"Action: End."}));
+TEST(FastFountainParser, SectionsSynopsesNotesAndBoneyards) {
+  check(fast, {// Section depth counts the marks and any blanks before them.
+               {u"# Act One\n\n  ## Scene\n= The hero leaves.\n== Twice\n===\n\n#\n\n==== \nText.",
+                {u"Section Heading 1:  Act One", u"Section Heading 4:  Scene",
+                 u"Synopsis:  The hero leaves.", u"Synopsis: = Twice", u"Page Break: ===",
+                 u"Page Break: ==== \nText."}},
+               // A note on a line of its own needs a blank line before it.
+               {u"Text.\n\n[[A note.]]\n  [[ another ]]  \nLine.\n[[joined]]\n\n[[a]b]]\n\n[[ ]]\n",
+                {u"Action: Text.", u"Comment: A note.", u"Comment: another",
+                 u"Action: Line.\n[[joined]]", u"Action: [[a]b]]", u"Comment: "}},
+               // A boneyard keeps only the lines between its marks, and joins like any block.
+               {u"/* opening is dropped\nkept\n\n  kept too\nclosing is dropped */\nAfter.\n",
+                {u"Boneyard: \nkept\n\n  kept too\n\nAfter."}},
+               {u"/* one line */\n", {u"Boneyard:  one line "}},
+               // A closing mark outside a boneyard gives what was held; one never closed loses all.
+               {u"Text.\n\nwords here */\n", {u"Action: Text.", u"Boneyard: "}},
+               {u"Text.\n\n/*\nlost\n\nBOB\nHi.\n", {u"Action: Text."}}});
 }
 
 TEST(FastFountainParser, HostileTextParses) {
-  std::u16string surrogates = u"A\xD800 \xDC00\n\n\xDBFF";
-  EXPECT_EQ(fast(surrogates).size(), 2u);
-  std::u16string hugeLine(200000, u'[');
-  EXPECT_EQ(fast(u"Text.\n\n" + hugeLine + u"\n").size(), 2u);
+  EXPECT_EQ(fast(u"A\xD800 \xDC00\n\n\xDBFF").elements.size(), 2u);
+  EXPECT_EQ(fast(u"Text.\n\n" + std::u16string(200000, u'[') + u"\n").elements.size(), 2u);
   std::u16string notes;
   for (int i = 0; i < 2000; ++i)
     notes += u"[[ /* # = \n\n";
   EXPECT_FALSE(fast(notes).elements.empty());
 }
 
-TEST(FNElement, DescriptionNamesOneMark) {
-  auto element = FNElement::elementOfType(FNElementTypeAction, u"Hi");
-  EXPECT_EQ(element->description(), u"Action: Hi");
-  EXPECT_FALSE(element->sceneNumber().has_value());
-  element->setIsDualDialogue(true);
-  element->setSectionDepth(2);
-  EXPECT_EQ(element->description(), u"Action (dual dialogue): Hi");
-  element->setIsCentered(true);
-  EXPECT_EQ(element->description(), u"Action (centered): Hi");
+// The single-pass parser against the same rules written with their patterns, on random
+// scripts built from lines at the edges of each rule.
+namespace lineRules {
+
+using namespace vl::ns;
+
+struct Element {
+  std::u16string type, text;
+  bool centered = false, dual = false;
+  std::optional<std::u16string> number = {};
+  uint64_t depth = 0;
+  bool operator==(const Element &) const = default;
+};
+
+std::ostream &operator<<(std::ostream &out, const Element &e) {
+  return out << toUTF8(e.type) << "|" << toUTF8(e.text) << "|" << e.centered << e.dual << "|"
+             << (e.number ? toUTF8(*e.number) : "-") << "|" << e.depth;
 }
 
-TEST(FountainParserTitlePage, OnlyIndentedLinesAreData) {
-  std::u16string text = u"Title:\n    Big Fish\nCredit:\nwritten by\nAuthor: John August\n"
-                        u"Author(s): Two\n\nINT. HOUSE - DAY\n";
-  EXPECT_EQ(entries(FountainParser::parseTitlePageOfString(text)),
-            (Entries{{u"title", {u"Big Fish"}}, {u"authors", {u"John August"}}}));
-  EXPECT_EQ(FountainParser::titlePageOfString(text),
-            u"Title:\n    Big Fish\nCredit:\nwritten by\nAuthor: John August\nAuthor(s): Two");
-  // The block goes up to its first line feed: the second stays.
+bool matches(std::u16string_view s, std::u16string_view pattern, RKLRegexOptions o = RKLNoOptions) {
+  return isMatchedByRegex(s, pattern, o);
+}
+std::u16string replaced(std::u16string_view s, std::u16string_view pattern) {
+  return stringByReplacingOccurrencesOfRegex(s, pattern, u"");
+}
+std::u16string trim(std::u16string_view s) {
+  return replaced(s, uR"(^[\t\p{Zs}]+|[\t\p{Zs}]+$)");
+}
+
+// The body rules, pattern for pattern, for a text whose first block is no title page.
+std::vector<Element> reference(std::u16string_view contents) {
+  std::u16string text = replaced(contents, uR"(^\s*)");
+  text = u"\n" + stringByReplacingOccurrencesOfRegex(text, uR"(\r\n|\r|\n)", u"\n") + u"\n\n";
+  std::vector<std::u16string> lines =
+      componentsSeparatedByRegex(text, u"[\\n\\x{0B}\\x{0C}\\r\\x{85}\\x{2028}\\x{2029}]");
+  const std::array<std::u16string_view, 8> transitions = {
+      u"CUT TO:",       u"FADE OUT.",    u"SMASH CUT TO:", u"CUT TO BLACK.",
+      u"MATCH CUT TO:", u"DISSOLVE TO:", u"FADE TO:",      u"WIPE TO:"};
+  std::vector<Element> out;
+  int blanks = 0;
+  bool dialogue = false, boneyard = false;
+  std::u16string boneyardText;
+  auto takeNumber = [](std::u16string &line) -> std::optional<std::u16string> {
+    auto caps = captureComponentsMatchedByRegex(line, uR"(#([^\n#]*?)#\s*$)");
+    if (caps.empty())
+      return std::nullopt;
+    line = replaced(line, uR"(#([^\n#]*?)#\s*$)");
+    return caps[1];
+  };
+  for (size_t i = 0; i < lines.size(); ++i) {
+    std::u16string line = lines[i];
+    std::u16string first = trim(line).substr(0, 1);
+    if (!boneyard && matches(line, uR"(^\s*$)")) {
+      ++blanks;
+      dialogue = false;
+      continue;
+    }
+    bool starts = matches(line, uR"(^\/\*)"), ends = matches(line, uR"(\*\/\s*$)");
+    if (starts && ends) {
+      out.push_back(Element{u"Boneyard", replaced(replaced(line, uR"(\/\*)"), uR"(\*\/)")});
+      blanks = 0;
+      boneyard = false;
+    } else if (starts) {
+      boneyardText += u"\n";
+      boneyard = true;
+    } else if (ends) {
+      out.push_back(Element{u"Boneyard", boneyardText});
+      boneyardText.clear();
+      blanks = 0;
+      boneyard = false;
+    } else if (boneyard) {
+      boneyardText += line + u"\n";
+    } else if (matches(line, uR"(^={3,}\s*$)")) {
+      out.push_back(Element{u"Page Break", line});
+      blanks = 0;
+    } else if (first == u"=") {
+      out.push_back(Element{u"Synopsis", replaced(line, uR"(^\s*={1})")});
+    } else if (blanks > 0 && matches(line, uR"(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)")) {
+      out.push_back(Element{u"Comment", trim(replaced(replaced(line, uR"(\[\[)"), uR"(\]\])"))});
+    } else if (first == u"#") {
+      Range marks = rangeOfRegex(line, uR"(^\s*#+)");
+      if (marks.length < line.size())
+        out.push_back(
+            {u"Section Heading", line.substr(marks.length), false, false, {}, marks.length});
+      blanks = 0;
+    } else if (line.size() >= 2 && line[0] == u'.' && line[1] != u'.') {
+      auto number = takeNumber(line);
+      out.push_back(Element{u"Scene Heading", trim(line.substr(1)), false, false, number});
+      blanks = 0;
+    } else if (matches(line, uR"(^(INT|EXT|EST|I\/??E)[\.\-\s])", RKLCaseless)) {
+      auto number = takeNumber(line);
+      out.push_back(Element{u"Scene Heading", line, false, false, number});
+      blanks = 0;
+    } else if (std::find(transitions.begin(), transitions.end(), replaced(line, uR"(^\s*)")) !=
+               transitions.end()) {
+      out.push_back(Element{u"Transition", line});
+      blanks = 0;
+    } else if (line[0] == u'>') {
+      if (line.size() >= 2 && line.back() == u'<') {
+        std::u16string inner = trim(line.substr(1));
+        out.push_back(Element{u"Action", trim(inner.substr(0, inner.size() - 1)), true});
+      } else {
+        out.push_back(Element{u"Transition", trim(line.substr(1))});
+      }
+      blanks = 0;
+    } else if (blanks > 0 && matches(line, u"^[^a-z]+$") && i + 1 < lines.size() &&
+               !lines[i + 1].empty()) {
+      Element cue{u"Character", line};
+      if (matches(line, uR"(\^\s*$)")) {
+        cue.dual = true;
+        cue.text = replaced(line, uR"(\s*\^\s*$)");
+        for (size_t j = out.size(); j-- > 0;)
+          if (out[j].type == u"Character") {
+            out[j].dual = true;
+            break;
+          }
+      }
+      out.push_back(cue);
+      dialogue = true;
+      blanks = 0;
+    } else if (!dialogue) {
+      if (blanks == 0 && !out.empty())
+        out.back().text += u"\n" + line;
+      else
+        out.push_back(Element{u"Action", line});
+      blanks = 0;
+    } else if (blanks == 0 && matches(line, uR"(^\s*\()")) {
+      out.push_back(Element{u"Parenthetical", line});
+      blanks = 0;
+    } else if (!out.empty() && out.back().type == u"Dialogue") {
+      out.back().text += u"\n" + line;
+    } else {
+      out.push_back(Element{u"Dialogue", line});
+    }
+  }
+  return out;
+}
+
+std::vector<Element> parsed(std::u16string_view text) {
+  std::vector<Element> out;
+  FastFountainParserPtr parser = FastFountainParser::createWithString(text);
+  for (const FNElementPtr &e : parser->elements())
+    out.push_back(Element{e->elementType(), e->elementText(), e->isCentered(), e->isDualDialogue(),
+                          e->sceneNumber(), e->sectionDepth()});
+  return out;
+}
+
+const std::u16string_view Lines[] = {
+    // Blanks, text, cues and parentheticals.
+    u"", u"  ", u"\t", u"\u00a0", u"\u3000 ", u"Text.", u"lower case", u"BOB", u"BOB ^", u"BOB^ \t",
+    u"A ^^", u"MARY (V.O.)", u"(beat)", u"  (aside)", u"^", u"(", u"X\u2028y",
+    // Boneyards, page breaks, synopses and notes.
+    u"/*", u"/* x", u"x */", u"*/  ", u"/* a */", u"/**/", u"/*/", u"===", u"=== ", u"====x",
+    u"= syn", u" =syn", u"==", u"[[note]]", u" [[ n ]] ", u"[[a]b]]", u"[[]]", u"[[ ]]", u"[[[x]]",
+    u"[[]",
+    // Sections, scene headings, transitions and centred text.
+    u"# S", u"  ## S", u"#", u" # ", u"#\u00a0x", u".X", u"..X", u".X #1#", u".#2#", u".",
+    u"INT. A #1#", u"int. a", u"EXT.B", u"EST X", u"ie x", u"I/E-x", u"INTX", u"E\u017ft. q",
+    u"E\ufb05. q", u"\u0130NT. x", u"INT. A #1# #2#", u"INT. A ## ", u"INT. A #1# x", u"CUT TO:",
+    u"  FADE OUT.", u"FADE IN:", u"> T", u">", u"><", u"> C <", u">x<", u"< x >"};
+const char16_t Extras[] = {u'#', u'^', u' ', u'\t', u'<', u'>', u'*',      u'/',      u'[',
+                           u']', u'=', u'.', u'a',  u'A', u'(', u'\u00a0', u'\u017f', u'\u2029'};
+
+TEST(FastFountainParser, LineRulesMatchThePatternsOnRandomScripts) {
+  uint32_t state = 12345;
+  auto next = [&state](uint32_t bound) {
+    state = state * 1664525u + 1013904223u;
+    return (state >> 8) % bound;
+  };
+  const uint32_t lineCount = std::size(Lines), extraCount = std::size(Extras);
+  for (int round = 0; round < 200; ++round) {
+    std::u16string text = u"Text.\n\n"; // a first block that is no title page
+    for (int i = 0, n = 5 + static_cast<int>(next(40)); i < n; ++i) {
+      std::u16string line(Lines[next(lineCount)]);
+      if (next(4) == 0)
+        line.insert(next(static_cast<uint32_t>(line.size()) + 1), 1, Extras[next(extraCount)]);
+      uint32_t end = next(10);
+      text += line + (end == 0 ? u"\r\n" : end == 1 ? u"\r" : u"\n");
+    }
+    ASSERT_EQ(parsed(text), reference(text)) << toUTF8(text);
+  }
+}
+
+} // namespace lineRules
+
+TEST(FountainParser, ElementsAndTitlePage) {
+  check(regex,
+        {// Only indented lines are title page data.
+         {u"Title:\n    Big Fish\nCredit:\nwritten by\nAuthor: John August\nAuthor(s): Two\n\n"
+          u"INT. HOUSE - DAY\n",
+          {u"SceneHeading: INT. HOUSE - DAY"},
+          {{u"title", {u"Big Fish"}}, {u"authors", {u"John August"}}}},
+         // Its own tag names, sections of depth 0, "---" as a page break.
+         {u"Title: Two words\n\nINT. HOUSE - DAY\n\nA man enters.\n\nBOB\n(softly)\nHello "
+          u"<there>...\n\n"
+          u"CUT TO:\n\n# Act Two\n\n= Summary here.\n\n---\n\n> THE END <\n",
+          {u"SceneHeading: INT. HOUSE - DAY", u"Action: A man enters.", u"Character: BOB",
+           u"Parenthetical: (softly)", u"Dialogue: Hello <there>...", u"Transition: CUT TO:",
+           u"SectionHeading: # Act Two", u"Synopsis:  Summary here.", u"Page Break: ",
+           u"Action ><: THE END"},
+          {{u"title", {u"Two words"}}}},
+         // The section rewrite takes a scene number and the rest of its line, heading included.
+         {u"Text.\n\nINT. HOUSE - DAY #1#\n\nMore.\n",
+          {u"Action: Text.", u"SectionHeading: #1#", u"Action: More."}},
+         // Dual dialogue walks back over dialogue only, and every "^" goes from the earlier cue.
+         {u"Text.\n\nBOB ^\nLeft.\n\nMARY ^\nRight.\n",
+          {u"Action: Text.", u"Character ^: BOB ", u"Dialogue: Left.", u"Character ^: MARY",
+           u"Dialogue: Right."}},
+         {u"Text.\n\nBOB\nLeft.\n\nAction.\n\nMARY ^\nRight.\n",
+          {u"Action: Text.", u"Character: BOB", u"Dialogue: Left.", u"Action: Action.",
+           u"Character ^: MARY", u"Dialogue: Right."}},
+         {u"Text.\n\nMARY ^\nRight.\n", // a cue at index 0 or 1 is never dual: its mark stays
+          {u"Action: Text.", u"Character: MARY ^", u"Dialogue: Right."}},
+         {u"No blank line: at all", {u"Action: No blank line: at all"}},
+         // Notes and boneyards may run over lines.
+         {u"Text.\n/*\nhidden\nlines */\n[[a note\nover lines]]\nEnd.\n",
+          {u"Action: Text.", u"Boneyard: hidden\nlines ", u"Comment: a note\nover lines",
+           u"Action: End."}}});
+
+  // The title block goes up to its first line feed; the body keeps the second.
+  std::u16string text = u"Title:\n    A\nCredit:\nby\n\nINT. HOUSE - DAY\n";
+  EXPECT_EQ(FountainParser::titlePageOfString(text), u"Title:\n    A\nCredit:\nby");
   EXPECT_EQ(FountainParser::bodyOfString(text), u"\n\n\nINT. HOUSE - DAY\n\n\n");
-  // A first block without a directive is body.
   EXPECT_EQ(FountainParser::titlePageOfString(u"Text.\n\nMore."), u"");
   EXPECT_EQ(FountainParser::bodyOfString(u"\n\nText.\n\nMore."), u"\n\nText.\n\nMore.\n\n");
-  EXPECT_TRUE(FountainParser::parseTitlePageOfString(u"No blank line: at all").get()->empty());
-}
-
-TEST(FountainParser, ElementsOfAShortScript) {
-  Parsed p =
-      regex(u"Title: T\n\nINT. HOUSE - DAY\n\nA man enters.\n\nBOB\n(softly)\nHello "
-            u"<there>...\n\nCUT TO:\n\n# Act Two\n\n= Summary here.\n\n---\n\n> THE END <\n");
-  EXPECT_EQ(p.summary(),
-            (Strings{u"SceneHeading: INT. HOUSE - DAY", u"Action: A man enters.", u"Character: BOB",
-                     u"Parenthetical: (softly)", u"Dialogue: Hello <there>...",
-                     u"Transition: CUT TO:", u"SectionHeading: # Act Two",
-                     u"Synopsis:  Summary here.", u"Page Break: ", u"Action: THE END"}));
-  EXPECT_EQ(p[6].sectionDepth(), 0u);
-  EXPECT_TRUE(p[9].isCentered());
-  // A scene number is no number here: the section rewrite takes the "#" and the rest of its
-  // line, heading included.
-  p = regex(u"Text.\n\nINT. HOUSE - DAY #1#\n\nMore.\n");
-  EXPECT_EQ(p.summary(), (Strings{u"Action: Text.", u"SectionHeading: #1#", u"Action: More."}));
-  EXPECT_FALSE(p[1].sceneNumber().has_value());
-}
-
-TEST(FountainParser, MultiLineNotesAndBoneyardsKeepTheirText) {
-  Parsed p = regex(u"Text.\n/*\nhidden\nlines */\n[[a note\nover lines]]\nEnd.\n");
-  Strings summary = p.summary();
-  EXPECT_NE(std::find(summary.begin(), summary.end(), u"Boneyard: hidden\nlines "), summary.end());
-  EXPECT_NE(std::find(summary.begin(), summary.end(), u"Comment: a note\nover lines"),
-            summary.end());
-}
-
-TEST(FountainParser, DualDialogueWalksBackOverDialogueOnly) {
-  Parsed p = regex(u"Text.\n\nBOB ^\nLeft.\n\nMARY ^\nRight.\n");
-  ASSERT_EQ(p.size(), 5u);
-  EXPECT_TRUE(p[1].isDualDialogue());
-  EXPECT_EQ(p[1].elementText(), u"BOB "); // every "^" goes from the earlier cue
-  EXPECT_TRUE(p[3].isDualDialogue());
-  EXPECT_EQ(p[3].elementText(), u"MARY");
-  // Something else between the cues stops the walk.
-  p = regex(u"Text.\n\nBOB\nLeft.\n\nAction.\n\nMARY ^\nRight.\n");
-  EXPECT_FALSE(p[1].isDualDialogue());
-  // A cue at index 0 or 1 is never dual.
-  p = regex(u"Text.\n\nMARY ^\nRight.\n");
-  EXPECT_EQ(p[1].elementType(), FNElementTypeCharacter);
-  EXPECT_FALSE(p[1].isDualDialogue());
 }
 
 TEST(BothParsers, AgreeOnPlainScreenplayText) {
-  std::u16string text = u"Title: Same\nAuthor: Us\n\nThe room is dark.\n\nBOB\n(whispering)\n"
-                        u"Who's there?\n\nMARY\nOnly me.\n\n[[check this]]\n\nCUT TO:\n\n"
-                        u"She leaves.\n";
-  Parsed a = fast(text), b = regex(text);
-  EXPECT_EQ(a.summary(), b.summary());
-  EXPECT_EQ(entries(a.titlePage), entries(b.titlePage));
+  for (std::u16string_view text :
+       {u"Title: Same\nAuthor: Us\n\nThe room is dark.\n\nBOB\n(whispering)\nWho's there?\n\n"
+        u"MARY\nOnly me.\n\n[[check this]]\n\nCUT TO:\n\nShe leaves.\n",
+        u"Text.\n\n> THE END <\n\n= A synopsis.\n\nJOE\nHi.\n"}) {
+    Parsed a = fast(text), b = regex(text);
+    EXPECT_EQ(a.elements, b.elements) << ns::toUTF8(text);
+    EXPECT_EQ(a.titlePage, b.titlePage) << ns::toUTF8(text);
+  }
 }
 
-class FNScriptTest : public ::testing::Test {
-protected:
+TEST(FNScript, LoadsStringsAndFilesThroughEitherParser) {
   std::filesystem::path dir =
       std::filesystem::temp_directory_path() /
       ("fnscript-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
-  void SetUp() override { std::filesystem::create_directories(dir); }
-  void TearDown() override { std::filesystem::remove_all(dir); }
-  std::u16string write(const std::string &name, const std::string &bytes) {
+  std::filesystem::create_directories(dir);
+  auto write = [&](const std::string &name, const std::string &bytes) {
     std::ofstream(dir / name, std::ios::binary) << bytes;
     return ns::fromUTF8((dir / name).string());
-  }
-};
-
-TEST_F(FNScriptTest, LoadsStringsAndFilesThroughEitherParser) {
+  };
   auto script = FNScript::createWithString(u"Title: A\n\nINT. X - DAY #3#\n");
   EXPECT_FALSE(script->filename().has_value());
-  EXPECT_FALSE(script->suppressSceneNumbers());
-  ASSERT_EQ(script->elements().size(), 1u);
-  EXPECT_EQ(script->elements()[0]->sceneNumber(), u"3");
+  EXPECT_EQ(summary(script->elements()), (Strings{u"Scene Heading #3#: INT. X - DAY "}));
   EXPECT_EQ(entries(script->titlePage()), (Entries{{u"title", {u"A"}}}));
 
+  // A load replaces elements and title page; bytes are UTF-8 or else decoded as best it can.
   std::u16string path = write("draft.fountain", "INT. X - DAY\n\nCaf\xc3\xa9.\n");
   script->loadFile(path);
   EXPECT_EQ(script->filename(), u"draft.fountain");
-  EXPECT_EQ(script->elements().size(), 2u);
-  EXPECT_FALSE(script->elements()[0]->sceneNumber().has_value());
-  EXPECT_TRUE(script->titlePage()->empty()); // a load replaces the title page
-  EXPECT_EQ(script->elements()[1]->elementText(), u"Caf\u00e9.");
-
-  script = FNScript::createWithFile(path, 1);
-  EXPECT_EQ(script->filename(), u"draft.fountain");
-  ASSERT_FALSE(script->elements().empty());
-  EXPECT_EQ(script->elements()[0]->elementType(), u"SceneHeading");
-  script->loadString(u"Text.", 0);
-  EXPECT_EQ(script->elements()[0]->elementType(), FNElementTypeAction);
-}
-
-TEST_F(FNScriptTest, BytesThatAreNotUTF8AreDecodedAndMissingFilesLeaveItEmpty) {
-  auto script = FNScript::createWithFile(write("latin.fountain", "Caf\xe9.\n"));
-  ASSERT_EQ(script->elements().size(), 1u);
-  EXPECT_EQ(script->elements()[0]->elementText(), u"Caf\u00e9.");
-
-  std::u16string missing = ns::fromUTF8((dir / "missing.fountain").string());
-  script = FNScript::createWithFile(missing);
-  EXPECT_EQ(script->filename(), u"missing.fountain");
-  EXPECT_TRUE(script->elements().empty());
+  EXPECT_EQ(summary(script->elements()),
+            (Strings{u"Scene Heading: INT. X - DAY", u"Action: Caf\u00e9."}));
   EXPECT_TRUE(script->titlePage()->empty());
+  EXPECT_EQ(summary(FNScript::createWithFile(write("latin.fountain", "Caf\xe9.\n"))->elements()),
+            (Strings{u"Action: Caf\u00e9."}));
+  script = FNScript::createWithFile(path, 1);
+  EXPECT_EQ(script->elements().at(0)->elementType(), u"SceneHeading");
+  script->loadString(u"Text.", 0);
+  EXPECT_EQ(summary(script->elements()), (Strings{u"Action: Text."}));
+
+  // A file that cannot be read leaves the script empty.
+  std::u16string missing = ns::fromUTF8((dir / "missing.fountain").string());
   script = FNScript::createWithFile(missing, 1);
-  EXPECT_TRUE(script->elements().empty());
+  EXPECT_EQ(script->filename(), u"missing.fountain");
+  EXPECT_TRUE(script->elements().empty() && script->titlePage()->empty());
   EXPECT_FALSE(FountainParser::parseBodyOfFile(missing).has_value());
   EXPECT_EQ(FountainParser::parseTitlePageOfFile(missing), nullptr);
+  std::filesystem::remove_all(dir);
 }
 
 } // namespace
