@@ -57,41 +57,8 @@ const NamedPattern parserConstants[] = {
     {"UNDERLINE_PATTERN", uR"re((_)([^<>_]+)(_))re"},
 };
 
-// Patterns the line parser, the title page reader, the writer and the list templates use
-// inline.
-const NamedPattern inlinePatterns[] = {
-    {"leading white space", uR"re(^\s*)re"},
-    {"data-free directive", uR"re(^([^\t\s][^:]+):([\t\s]*$))re"},
-    {"inline directive", uR"re(^([^\t\s][^:]+):\s*([^\t\s].*$))re"},
-    {"blank line", uR"re(^\s*$)re"},
-    {"boneyard start", uR"re(^\/\*)re"},
-    {"boneyard end", uR"re(\*\/\s*$)re"},
-    {"page break", uR"re(^={3,}\s*$)re"},
-    {"synopsis mark", uR"re(^\s*={1})re"},
-    {"note", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"},
-    {"section marks", uR"re(^\s*#+)re"},
-    {"scene number", uR"re(#([^\n#]*?)#\s*$)re"},
-    {"scene heading", uR"re(^(INT|EXT|EST|I\/??E)[\.\-\s])re"},
-    {"capitals", uR"re(^[^a-z]+$)re"},
-    {"dual mark", uR"re(\s*\^\s*$)re"},
-    {"dual mark at end", uR"re(\s*\^$)re"},
-    {"parenthetical start", uR"re(^\s*\()re"},
-    {"leading line feeds", uR"re(^\n+)re"},
-    {"trailing line feeds", uR"re(\n+$)re"},
-    {"tags", uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re"},
-    {"centred text", uR"re((>?)\s*([^<>\n]*)\s*(<?))re"},
-    {"forcing period", uR"re(^\.?(.+))re"},
-    {"only blanks", uR"re(^[\s\n\t]*$)re"},
-    {"trailing space", uR"re([ ]$)re"},
-    {"list placeholder",
-     uR"re(\{\{\s*([A-Za-z0-9_\.]+)\s*\|*\s*(linkOfType:\s*"(https?:\/\/)?([\da-z\.-]+)\.([a-z\.]{2,6})([\/\w \.-]*)*\/?")?\s*\}\})re"},
-};
-
 std::u16string_view constant(std::string_view name) {
   for (const auto &entry : parserConstants)
-    if (entry.name == name)
-      return entry.pattern;
-  for (const auto &entry : inlinePatterns)
     if (entry.name == name)
       return entry.pattern;
   ADD_FAILURE() << "no pattern " << name;
@@ -113,11 +80,6 @@ TEST(RegularExpressionPatterns, EveryParserConstantCompiles) {
         << name << ": " << describe(error);
     EXPECT_TRUE(isRegexValid(pattern, RKLCaseless)) << name;
   }
-  for (const auto &[name, pattern] : inlinePatterns) {
-    ErrorPtr error;
-    EXPECT_TRUE(RegularExpression::cached(pattern, RegularExpressionNoOptions, &error))
-        << name << ": " << describe(error);
-  }
 }
 
 TEST(RegularExpressionPatterns, AnchorsBindToTheWholeStringWithoutOptions) {
@@ -126,70 +88,12 @@ TEST(RegularExpressionPatterns, AnchorsBindToTheWholeStringWithoutOptions) {
   EXPECT_TRUE(isMatchedByRegex(u"action\nINT. HOUSE", uR"(^INT)", RKLMultiline));
   EXPECT_FALSE(isMatchedByRegex(u"a\nb", u"a.b"));
   EXPECT_TRUE(isMatchedByRegex(u"a\nb", u"a.b", RKLDotAll));
-}
-
-TEST(RegularExpressionPatterns, SceneHeadingsAndNumbers) {
-  std::u16string_view heading = uR"re(^(INT|EXT|EST|I\/??E)[\.\-\s])re";
-  EXPECT_TRUE(isMatchedByRegex(u"int. house - day", heading, RKLCaseless));
-  EXPECT_TRUE(isMatchedByRegex(u"I/E CAR", heading, RKLCaseless));
-  EXPECT_TRUE(isMatchedByRegex(u"IE-CAR", heading, RKLCaseless));
-  EXPECT_FALSE(isMatchedByRegex(u"int. house - day", heading));
-  EXPECT_FALSE(isMatchedByRegex(u"INTERIOR", heading, RKLCaseless));
-
-  std::u16string line = u"INT. HOUSE - DAY #12A#  ";
-  std::u16string_view number = uR"re(#([^\n#]*?)#\s*$)re";
-  EXPECT_EQ(stringByMatching(line, number, 1), u"12A");
-  EXPECT_EQ(rangeOfRegex(line, number), (Range{17, 7}));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(line, number, u""), u"INT. HOUSE - DAY ");
-
-  auto parts = captureComponentsMatchedByRegex(u"EXT. PARK #4.1)#",
-                                               constant("SCENE_NUMBER_PATTERN"), RKLCaseless);
-  ASSERT_EQ(parts.size(), 3u);
-  EXPECT_EQ(parts[1], u"#4.1)#");
-  EXPECT_EQ(parts[2], u"4.1)");
-}
-
-TEST(RegularExpressionPatterns, TitlePageDirectives) {
-  std::u16string_view dataFree = uR"re(^([^\t\s][^:]+):([\t\s]*$))re";
-  std::u16string_view inlineDirective = uR"re(^([^\t\s][^:]+):\s*([^\t\s].*$))re";
-  EXPECT_TRUE(isMatchedByRegex(u"Author:", dataFree));
-  EXPECT_TRUE(isMatchedByRegex(u"Draft date:\t ", dataFree));
-  EXPECT_FALSE(isMatchedByRegex(u"Title: Big Fish", dataFree));
-  EXPECT_EQ(captureComponentsMatchedByRegex(u"Title: Big Fish", inlineDirective),
-            (std::vector<std::u16string>{u"Title: Big Fish", u"Title", u"Big Fish"}));
-  EXPECT_EQ(stringByMatching(u"Author(s): John", inlineDirective, 1), u"Author(s)");
-  EXPECT_FALSE(isMatchedByRegex(u"  indented: no", inlineDirective));
-  // FADE IN: alone is a data-free directive: the reader then keeps it in the body.
-  EXPECT_TRUE(isMatchedByRegex(u"FADE IN:", dataFree));
-
-  std::u16string_view data = constant("MULTI_LINE_DATA_PATTERN");
-  EXPECT_EQ(stringByMatching(u"    Jane Doe", data, 2), u"Jane Doe");
-  EXPECT_EQ(stringByMatching(u"\tJane Doe", data, 2), u"Jane Doe");
-  EXPECT_EQ(stringByMatching(u" Jane Doe", data, 2), std::nullopt);
-}
-
-TEST(RegularExpressionPatterns, LineRules) {
-  EXPECT_TRUE(isMatchedByRegex(u"  [[ a note ]]  ", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"[[]]", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"));
-  // Section depth is the length of the whole mark, leading blanks included.
-  EXPECT_EQ(rangeOfRegex(u"  # Act", uR"re(^\s*#+)re"), (Range{0, 3}));
-  EXPECT_TRUE(isMatchedByRegex(u"====  ", uR"re(^={3,}\s*$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"== =", uR"re(^={3,}\s*$)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"BOB ^", uR"re(\^\s*$)re"));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"BOB ^ ", uR"re(\s*\^\s*$)re", u""), u"BOB");
-  EXPECT_TRUE(isMatchedByRegex(u"MR. SMITH (V.O.)", uR"re(^[^a-z]+$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"Mr. Smith", uR"re(^[^a-z]+$)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"/* start", uR"re(^\/\*)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"words */ ", uR"re(\*\/\s*$)re"));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"\n\n\nText", uR"re(^\n+)re", u""), u"Text");
-  // Without AnchorsMatchLines "$" matches only before a final line end.
+  // "$" also matches before a final line end.
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"a\n\nb\n\n", uR"re(\n+$)re", u""), u"a\n\nb");
-  EXPECT_EQ(stringByMatching(u".INT. BACK YARD", uR"re(^\.?(.+))re", 1), u"INT. BACK YARD");
-  EXPECT_EQ(stringByMatching(u"> THE END <", uR"re((>?)\s*([^<>\n]*)\s*(<?))re", 2), u"THE END ");
 }
 
-TEST(RegularExpressionPatterns, RewritePipelineTemplates) {
-  // The rewriting parser's passes: real line feeds in templates, "$n" captures.
+TEST(RegularExpressionPatterns, TheParsersTemplatesFillInTheirCaptures) {
+  // Real line feeds in templates, "$n" captures, groups past the ninth.
   std::u16string text = u"\n\n/* hidden\nstuff */\n\nINT. HOUSE - DAY\n\n";
   replaceOccurrencesOfRegex(text, constant("BLOCK_COMMENT_PATTERN"),
                             u"\n<Boneyard>$1</Boneyard>\n");
@@ -197,43 +101,20 @@ TEST(RegularExpressionPatterns, RewritePipelineTemplates) {
   replaceOccurrencesOfRegex(text, constant("SCENE_HEADER_PATTERN"),
                             u"\n<SceneHeading>$1</SceneHeading>");
   EXPECT_NE(text.find(u"<SceneHeading>INT. HOUSE - DAY</SceneHeading>"), std::u16string::npos);
-
   std::u16string dialogue = u"<Character>BOB</Character>\nHello there.\n\n";
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(dialogue, constant("DIALOGUE_PATTERN"),
                                                 u"$1<Dialogue>$4</Dialogue>"),
             u"<Character>BOB</Character><Dialogue>\nHello there.</Dialogue>\n\n");
 
-  auto tags =
-      arrayOfCaptureComponentsMatchedByRegex(u"<Action>Hi</Action><Transition>CUT TO:</Transition>",
-                                             uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re");
+  std::u16string_view tag = uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re";
+  auto tags = arrayOfCaptureComponentsMatchedByRegex(
+      u"<Action>Hi</Action><Transition>CUT TO:</Transition>", tag);
   ASSERT_EQ(tags.size(), 2u);
   EXPECT_EQ(tags[0][1], u"Action");
   EXPECT_EQ(tags[1][2], u"CUT TO:");
-  EXPECT_EQ(componentsMatchedByRegex(u"<A>x</A><B>y</B>",
-                                     uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re", 1),
+  EXPECT_EQ(componentsMatchedByRegex(u"<A>x</A><B>y</B>", tag, 1),
             (std::vector<std::u16string>{u"A", u"B"}));
-
-  EXPECT_TRUE(isMatchedByRegex(u"\nFADE OUT.\n", constant("TRANSITION_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"\n**SMASH CUT TO:**\n", constant("TRANSITION_PATTERN")));
-  EXPECT_FALSE(isMatchedByRegex(u"\nWalk to:\n", constant("TRANSITION_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"Title: A\nAuthor: B\n\n", constant("TITLE_PAGE_PATTERN")));
-  // The escaped asterisk is not italic.
-  EXPECT_FALSE(isMatchedByRegex(u"\\*not italic*", constant("ITALIC_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"an *italic* word", constant("ITALIC_PATTERN")));
-}
-
-TEST(RegularExpressionPatterns, ListTemplatePlaceholder) {
-  auto re = RegularExpression::cached(constant("list placeholder"));
-  ASSERT_TRUE(re);
-  std::u16string templ =
-      u"{{ item.title }} by {{item.author|linkOfType:\"http://example.com/person\"}}";
-  auto matches = re->matchesInString(templ);
-  ASSERT_EQ(matches.size(), 2u);
-  EXPECT_EQ(matches[0].substring(templ, 1), u"item.title");
-  EXPECT_EQ(matches[0].rangeAtIndex(2), notFound);
-  EXPECT_EQ(matches[1].substring(templ, 1), u"item.author");
-  EXPECT_EQ(matches[1].substring(templ, 3), u"http://");
-  EXPECT_EQ(matches[1].range().max(), templ.size());
+  EXPECT_EQ(stringByMatching(u"EXT. PARK #4.1)#", constant("SCENE_NUMBER_PATTERN"), 2), u"4.1)");
 }
 
 TEST(RegularExpressionMatching, CapturesAndGroupsThatDidNotTakePart) {
@@ -338,10 +219,6 @@ TEST(RegularExpressionOptionsTest, CompileOptions) {
   auto unixLines = RegularExpression::create(u"a.c", RegularExpressionUseUnixLineSeparators);
   EXPECT_TRUE(unixLines->hasMatchInString(u"a\rc"));
   EXPECT_FALSE(RegularExpression::create(u"a.c")->hasMatchInString(u"a\rc"));
-  EXPECT_EQ(RegularExpression::create(u"x", RegularExpressionCaseInsensitive |
-                                                RegularExpressionAnchorsMatchLines)
-                ->options(),
-            17u);
 }
 
 TEST(RegularExpressionReplacement, Templates) {
