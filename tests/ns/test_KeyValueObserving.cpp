@@ -19,13 +19,16 @@ DictionaryPtr city(std::u16string name) {
 }
 
 // A model whose address is a dictionary ("city"). fullName follows firstName and lastName,
-// location follows address.city, partnerAddress follows partner.address.
-class Person : public Object {
+// location follows address.city, partnerAddress follows partner.address. Its fields are
+// dictionary entries: setObject changes one unannounced.
+class Person : public Dictionary {
 public:
-  std::u16string firstName = u"Ann", lastName = u"Doe";
-  DictionaryPtr address = city(u"Oslo");
-  std::shared_ptr<Person> partner;
+  Person()
+      : Dictionary({{u"firstName", u"Ann"}, {u"lastName", u"Doe"}, {u"address", city(u"Oslo")}}) {}
   bool announceLastName = true;
+
+  DictionaryPtr address() { return objectForKey(u"address").dictionary(); }
+  std::shared_ptr<Person> partner() { return objectForKey(u"partner").as<Person>(); }
 
   std::vector<std::u16string>
   keyPathsForValuesAffectingValueForKey(std::u16string_view key) const override {
@@ -40,37 +43,14 @@ public:
   bool automaticallyNotifiesObserversForKey(std::u16string_view key) const override {
     return key != u"lastName" || announceLastName;
   }
-
-protected:
-  bool kvcValueForKey(std::u16string_view key, Value &value) override {
-    if (key == u"firstName" || key == u"lastName" || key == u"fullName")
-      value = key == u"firstName"  ? firstName
-              : key == u"lastName" ? lastName
-                                   : firstName + u" " + lastName;
-    else if (key == u"address")
-      value = address;
-    else if (key == u"partner")
-      value = partner;
-    else if (key == u"location")
-      value = address ? Value(u"in " + address->objectForKey(u"city").string()) : Value();
-    else if (key == u"partnerAddress")
-      value = partner ? Value(partner->address) : Value();
-    else
-      return false;
-    return true;
-  }
-  bool kvcSetValueForKey(std::u16string_view key, const Value &value) override {
-    if (key == u"firstName")
-      firstName = value.string();
-    else if (key == u"lastName")
-      lastName = value.string();
-    else if (key == u"address")
-      address = value.dictionary();
-    else if (key == u"partner")
-      partner = value.as<Person>();
-    else
-      return false;
-    return true;
+  Value valueForKey(std::u16string_view key) override {
+    if (key == u"fullName")
+      return objectForKey(u"firstName").string() + u" " + objectForKey(u"lastName").string();
+    if (key == u"location")
+      return address() ? Value(u"in " + address()->objectForKey(u"city").string()) : Value();
+    if (key == u"partnerAddress")
+      return partner() ? Value(partner()->address()) : Value();
+    return Dictionary::valueForKey(key);
   }
 };
 
@@ -157,7 +137,7 @@ TEST(KeyValueObserving, NestedAnnouncementsDeliverOnceAtTheOutermostPair) {
   Recorder r;
   p->addObserver(&r, u"firstName", kOldNew, nullptr);
   p->willChangeValueForKey(u"firstName");
-  p->firstName = u"Bea";
+  p->setObject(u"Bea", u"firstName");
   p->setValueForKey(u"Cid", u"firstName");
   EXPECT_TRUE(r.calls.empty());
   p->didChangeValueForKey(u"firstName");
@@ -184,7 +164,7 @@ TEST(KeyValueObservingPaths, ChangesAnywhereOnThePathReachTheObserver) {
   EXPECT_EQ(r.calls[0][KeyValueChangeOldKey], Value(u"Oslo"));
   EXPECT_EQ(r.lastNew(), Value(u"Rome"));
 
-  auto old = p->address, fresh = city(u"Kyiv");
+  auto old = p->address(), fresh = city(u"Kyiv");
   p->setValueForKey(fresh, u"address");
   EXPECT_EQ(r.lastNew(), Value(u"Kyiv"));
   old->setValueForKey(u"Bonn", u"city");
@@ -201,25 +181,25 @@ TEST(KeyValueObservingPaths, ChangesAnywhereOnThePathReachTheObserver) {
 
   // Three levels, through a replaced middle.
   auto q = std::make_shared<Person>(), s = std::make_shared<Person>();
-  p->partner = q;
+  p->setObject(q, u"partner");
   Recorder deep;
   p->addObserver(&deep, u"partner.address.city", KeyValueObservingOptionNew, nullptr);
-  q->address->setValueForKey(u"Pisa", u"city");
+  q->address()->setValueForKey(u"Pisa", u"city");
   q->setValueForKey(city(u"Nice"), u"address");
   p->setValueForKey(s, u"partner");
   q->setValueForKey(city(u"Bonn"), u"address");
   EXPECT_FALSE(q->hasObservers());
-  s->address->setValueForKey(u"Lima", u"city");
+  s->address()->setValueForKey(u"Lima", u"city");
   ASSERT_EQ(deep.calls.size(), 4u);
   EXPECT_EQ(deep.lastNew(), Value(u"Lima"));
   p->removeObserver(&deep, u"partner.address.city");
   p->removeObserver(&r, u"address.city");
-  EXPECT_FALSE(p->hasObservers() || s->hasObservers() || s->address->hasObservers());
+  EXPECT_FALSE(p->hasObservers() || s->hasObservers() || s->address()->hasObservers());
 }
 
 TEST(KeyValueObservingDependents, AffectingKeysAndPathsAreDeliveredAsTheDependentKey) {
   auto p = std::make_shared<Person>();
-  p->partner = std::make_shared<Person>();
+  p->setObject(std::make_shared<Person>(), u"partner");
   Recorder r, loc, partner;
   p->addObserver(&r, u"fullName", kOldNew, nullptr);
   p->setValueForKey(u"Bea", u"firstName");
@@ -234,18 +214,18 @@ TEST(KeyValueObservingDependents, AffectingKeysAndPathsAreDeliveredAsTheDependen
   EXPECT_EQ(r.calls.size(), 3u) << "the key itself delivers, nesting with its dependents";
 
   p->addObserver(&loc, u"location", KeyValueObservingOptionNew, nullptr);
-  auto old = p->address;
+  auto old = p->address();
   p->setValueForKey(city(u"Kyiv"), u"address");
   old->setValueForKey(u"Bonn", u"city");
-  p->address->setValueForKey(u"Lima", u"city");
+  p->address()->setValueForKey(u"Lima", u"city");
   ASSERT_EQ(loc.calls.size(), 2u);
   EXPECT_EQ(loc.lastNew(), Value(u"in Lima"));
 
   // A dependent key on the path moves the rest of the path along.
   p->addObserver(&partner, u"partnerAddress.city", 0, nullptr);
-  old = p->partner->address;
+  old = p->partner()->address();
   auto fresh = city(u"Kyiv");
-  p->partner->setValueForKey(fresh, u"address");
+  p->partner()->setValueForKey(fresh, u"address");
   old->setValueForKey(u"Bonn", u"city");
   fresh->setValueForKey(u"Lima", u"city");
   EXPECT_EQ(partner.calls.size(), 2u);
@@ -298,7 +278,7 @@ TEST(KeyValueObservingRemoval, ObserversMayRemoveThemselvesAndOthersDuringDelive
     p->removeObserver(&third, c.keyPath);
     p->removeObserver(&third, u"firstName");
   };
-  auto old = p->address;
+  auto old = p->address();
   p->setValueForKey(city(u"Kyiv"), u"address");
   EXPECT_FALSE(p->hasObservers() || old->hasObservers());
 }
@@ -308,7 +288,7 @@ TEST(KeyValueObservingLifetime, DyingObjectsTakeTheirObservationWithThem) {
   auto address = city(u"Oslo");
   {
     auto p = std::make_shared<Person>();
-    p->address = address;
+    p->setObject(address, u"address");
     p->addObserver(&r, u"address.city", 0, nullptr);
     p->addObserver(&r, u"location", 0, nullptr);
   }
@@ -316,17 +296,17 @@ TEST(KeyValueObservingLifetime, DyingObjectsTakeTheirObservationWithThem) {
 
   auto p = std::make_shared<Person>();
   p->addObserver(&r, u"address.city", 0, nullptr);
-  p->address = nullptr; // the intermediate dies unannounced
+  p->setObject(Value(), u"address"); // the intermediate dies unannounced
   p->setValueForKey(city(u"Rome"), u"address");
   p->removeObserver(&r, u"address.city");
   EXPECT_FALSE(p->hasObservers());
 
   auto cyclic = std::make_shared<Person>();
-  cyclic->partner = cyclic;
+  cyclic->setObject(cyclic, u"partner");
   cyclic->addObserver(&r, u"partner.partner.firstName", 0, nullptr);
   cyclic->setValueForKey(u"Cid", u"firstName");
   EXPECT_EQ(r.calls.size(), 2u);
-  cyclic->partner = nullptr; // dies with its registration in place
+  cyclic->setObject(Value(), u"partner"); // dies with its registration in place
 
   Person onStack;
   onStack.addObserver(&r, u"fullName", 0, nullptr);

@@ -73,6 +73,9 @@ public:
   }
 
   std::shared_ptr<Node> nextNode() const { return std::dynamic_pointer_cast<Node>(next.lock()); }
+  auto fields() const {
+    return std::make_tuple(name, count, small, weight, ratio, flag, size, point, rect);
+  }
 
   static inline int made = 0;
 };
@@ -255,15 +258,7 @@ TEST(KeyedArchiver, RingsSharedObjectsAndEveryFieldKindRoundTrip) {
     EXPECT_EQ(b2->nextNode(), a2);
     EXPECT_EQ((*back)[2].object(), a2);
     EXPECT_EQ(c2->nextNode(), c2);
-    EXPECT_EQ(a2->name, u"a");
-    EXPECT_EQ(a2->count, -12);
-    EXPECT_EQ(a2->small, -7);
-    EXPECT_EQ(a2->weight, 0.1);
-    EXPECT_EQ(a2->ratio, 1.5f);
-    EXPECT_TRUE(a2->flag);
-    EXPECT_EQ(a2->size, MakeSize(612, 792));
-    EXPECT_EQ(a2->point, MakePoint(-3.25, 4));
-    EXPECT_EQ(a2->rect, MakeRect(1.5, 2, 300, 400.75));
+    EXPECT_TRUE(a2->fields() == a->fields());
   }
 }
 
@@ -279,14 +274,10 @@ TEST(KeyedArchiver, MissingAndMistypedKeysDecodeAsNothing) {
                         {u"$class", uid(2)}});
   auto back = unarchive(handMade({fields, classEntry(u"TestNode")})).as<Node>();
   ASSERT_TRUE(back);
-  EXPECT_EQ(back->count, 0);
-  EXPECT_FALSE(back->flag);
-  EXPECT_EQ(back->weight, 0.0);
-  EXPECT_EQ(back->size, Size());
-  EXPECT_EQ(back->name, u"");
-  EXPECT_EQ(back->small, INT32_MAX);
-  EXPECT_EQ(back->ratio, -std::numeric_limits<float>::infinity());
-  EXPECT_EQ(back->rect, Rect());
+  Node expected;
+  expected.small = INT32_MAX;
+  expected.ratio = -std::numeric_limits<float>::infinity();
+  EXPECT_TRUE(back->fields() == expected.fields());
   EXPECT_EQ(back->nextNode(), nullptr);
 }
 
