@@ -8,68 +8,48 @@ using namespace vl::ns;
 
 namespace {
 
-std::u16string marker(std::u16string format, int64_t number) {
-  return TextList(std::move(format), 0).markerForItemNumber(number);
+// The markers of `numbers` in `format`, each followed by "|".
+std::u16string markers(std::u16string format, std::initializer_list<int64_t> numbers) {
+  TextList list(std::move(format), 0);
+  std::u16string out;
+  for (int64_t n : numbers)
+    out += list.markerForItemNumber(n) + u"|";
+  return out;
 }
 
 } // namespace
 
 TEST(TextList, MarkersForEveryKeyword) {
-  struct Case {
-    const char16_t *format;
-    int64_t number;
-    const char16_t *marker;
-  };
-  const Case cases[] = {
-      {u"{decimal}", 1234567, u"1234567"},
-      {u"{decimal}", -3, u"-3"},
-      {u"{octal}", 8, u"10"},
-      {u"{lower-hexadecimal}", 255, u"ff"},
-      {u"{upper-hexadecimal}", 4096, u"1000"},
-      {u"{lower-hexadecimal}", -26, u"-1a"},
-      // Roman numerals run from 1 to 3999; other numbers are written in decimal.
-      {u"{lower-roman}", 4, u"iv"},
-      {u"{lower-roman}", 9, u"ix"},
-      {u"{lower-roman}", 27, u"xxvii"},
-      {u"{upper-roman}", 1994, u"MCMXCIV"},
-      {u"{upper-roman}", 3999, u"MMMCMXCIX"},
-      {u"{upper-roman}", 0, u"0"},
-      {u"{upper-roman}", 4000, u"4000"},
-      {u"{lower-roman}", -2, u"-2"},
-      // Letters count in bijective base 26: z, aa, ..., az, ba, ..., zz, aaa.
-      {u"{lower-alpha}", 26, u"z"},
-      {u"{lower-alpha}", 27, u"aa"},
-      {u"{lower-alpha}", 52, u"az"},
-      {u"{lower-alpha}", 53, u"ba"},
-      {u"{lower-alpha}", 702, u"zz"},
-      {u"{lower-alpha}", 703, u"aaa"},
-      {u"{lower-latin}", 3999, u"ewu"},
-      {u"{upper-alpha}", 27, u"AA"},
-      {u"{upper-latin}", 3, u"C"},
-      {u"{lower-alpha}", 0, u"0"},
-      // Bullets are the same for every item.
-      {u"{disc}", 5, u"\u2022"},
-      {u"{circle}", 5, u"\u25E6"},
-      {u"{square}", 5, u"\u25AA"},
-      {u"{hyphen}", 5, u"\u2043"},
-      {u"{box}", 5, u"\u25AB"},
-      {u"{check}", 5, u"\u2713"},
-      {u"{diamond}", 5, u"\u25C6"},
-      // The text around the keyword is kept; only the first keyword counts.
-      {u"({decimal})", 3, u"(3)"},
-      {u"Chapter {upper-roman}:", 4, u"Chapter IV:"},
-      {u"{decimal}-{decimal}", 2, u"2-{decimal}"},
-      // Without a known keyword: the format itself, or what lies around the braces.
-      {u"*", 5, u"*"},
-      {u"<{nonsense}>", 5, u"<>"},
-      {u"[{Decimal}]", 5, u"[]"},
-      {u"<{decimal", 5, u"<"},
-      {u"{}", 5, u""},
-  };
-  for (const Case &c : cases)
-    EXPECT_EQ(marker(c.format, c.number), c.marker)
-        << static_cast<int>(c.format[1]) << " " << c.number;
-  EXPECT_EQ(marker(u"{upper-alpha}", INT64_MAX).size(), 14u);
+  EXPECT_EQ(markers(u"{decimal}", {1234567, -3}), u"1234567|-3|");
+  EXPECT_EQ(markers(u"{octal}", {8}), u"10|");
+  EXPECT_EQ(markers(u"{lower-hexadecimal}", {255, -26}), u"ff|-1a|");
+  EXPECT_EQ(markers(u"{upper-hexadecimal}", {4096, 255}), u"1000|FF|");
+  // Roman numerals run from 1 to 3999; other numbers are written in decimal.
+  EXPECT_EQ(markers(u"{lower-roman}", {4, 9, 27, -2}), u"iv|ix|xxvii|-2|");
+  EXPECT_EQ(markers(u"{upper-roman}", {1994, 3999, 0, 4000}), u"MCMXCIV|MMMCMXCIX|0|4000|");
+  // Letters count in bijective base 26.
+  EXPECT_EQ(markers(u"{lower-alpha}", {26, 27, 52, 53, 702, 703, 0}), u"z|aa|az|ba|zz|aaa|0|");
+  EXPECT_EQ(markers(u"{lower-latin}", {3999}), u"ewu|");
+  EXPECT_EQ(markers(u"{upper-alpha}", {27}), u"AA|");
+  EXPECT_EQ(markers(u"{upper-latin}", {3}), u"C|");
+  EXPECT_EQ(markers(u"{upper-alpha}", {INT64_MAX}).size(), 15u);
+  // Bullets are the same for every item.
+  EXPECT_EQ(markers(u"{disc}", {0, 5}), u"\u2022|\u2022|");
+  EXPECT_EQ(markers(u"{circle}", {5}), u"\u25E6|");
+  EXPECT_EQ(markers(u"{square}", {5}), u"\u25AA|");
+  EXPECT_EQ(markers(u"{hyphen}", {5}), u"\u2043|");
+  EXPECT_EQ(markers(u"{box}", {5}), u"\u25AB|");
+  EXPECT_EQ(markers(u"{check}", {5}), u"\u2713|");
+  EXPECT_EQ(markers(u"{diamond}", {5}), u"\u25C6|");
+  // The text around the keyword is kept; only the first keyword counts.
+  EXPECT_EQ(markers(u"Chapter {upper-roman}:", {4}), u"Chapter IV:|");
+  EXPECT_EQ(markers(u"{decimal}-{decimal}", {2}), u"2-{decimal}|");
+  // Without a known keyword: the format itself, or what lies around the braces.
+  EXPECT_EQ(markers(u"*", {5}), u"*|");
+  EXPECT_EQ(markers(u"<{nonsense}>", {5}), u"<>|");
+  EXPECT_EQ(markers(u"[{Decimal}]", {5}), u"[]|");
+  EXPECT_EQ(markers(u"<{decimal", {5}), u"<|");
+  EXPECT_EQ(markers(u"{}", {5}), u"|");
   EXPECT_EQ(markerForKeyword(u"bogus", 5), std::nullopt);
 }
 

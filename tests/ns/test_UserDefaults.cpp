@@ -48,8 +48,6 @@ std::string readFile(const std::string &path) {
 
 TEST_F(UserDefaultsTest, SetValuesSitOverRegisteredOnes) {
   UserDefaults &d = *UserDefaults::standardUserDefaults();
-  EXPECT_TRUE(d.objectForKey(u"AppleMeasurementUnits").isNil());
-  EXPECT_FALSE(d.stringForKey(u"AppleMeasurementUnits"));
   d.registerDefaults(Dictionary({{u"units", Value(u"Inches")}, {u"count", Value(3)}}));
   EXPECT_EQ(d.stringForKey(u"units"), u"Inches");
   d.setObject(Value(u"Centimeters"), u"units");
@@ -60,9 +58,7 @@ TEST_F(UserDefaultsTest, SetValuesSitOverRegisteredOnes) {
   d.removeObjectForKey(u"count");
   EXPECT_EQ(d.integerForKey(u"count"), 3);
   d.setObject(Value(true), u"flag");
-  auto all = d.dictionaryRepresentation();
-  EXPECT_EQ(all->count(), 3u);
-  EXPECT_EQ(all->objectForKey(u"flag"), Value(true));
+  EXPECT_EQ(d.dictionaryRepresentation()->count(), 3u) << "both layers";
 }
 
 TEST_F(UserDefaultsTest, TypedReadsConvertAndContainersAreCopiedInAndOut) {
