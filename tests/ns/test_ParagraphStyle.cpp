@@ -1,5 +1,4 @@
-// Paragraph styles and tab stops: value equality, copies, tab order and
-// archiving.
+// Paragraph styles and tab stops: value equality, copies, tab order and archiving.
 #include "ns/Array.h"
 #include "ns/KeyedArchiver.h"
 #include "ns/ParagraphStyle.h"
