@@ -10,14 +10,37 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
+#include <optional>
 #include <pthread.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 using namespace vl::ns;
 
 namespace {
+
+// The archive as plistutil prints it in XML, or nothing when plistutil is not installed.
+std::optional<Data> plistutilXML(const Data &data) {
+  if (std::system("command -v plistutil >/dev/null 2>&1") != 0)
+    return std::nullopt;
+  auto base = std::filesystem::temp_directory_path() / ("vl_archive_" + std::to_string(getpid()));
+  std::ofstream(base.string() + ".bin", std::ios::binary)
+      .write(reinterpret_cast<const char *>(data.bytes()), std::streamsize(data.length()));
+  std::string command =
+      "plistutil -i '" + base.string() + ".bin' -o '" + base.string() + ".xml' 2>/dev/null";
+  const bool ok = std::system(command.c_str()) == 0;
+  std::ifstream in(base.string() + ".xml", std::ios::binary);
+  std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::filesystem::remove(base.string() + ".bin");
+  std::filesystem::remove(base.string() + ".xml");
+  EXPECT_TRUE(ok) << "plistutil cannot read the archive";
+  return Data::fromString(xml);
+}
 
 // A model object with a field of every kind the coder offers. Its link is weak, as a
 // style's next style is a reference into its sheet, so no archive can make it leak.
@@ -226,9 +249,13 @@ TEST(KeyedArchiver, RingsSharedObjectsAndEveryFieldKindRoundTrip) {
   Data data = KeyedArchiver::archivedDataWithRootObject(
       Value(Array::create({Value(a), Value(b), Value(a), Value(c)})));
 
-  // The XML form of the archive decodes as well as the binary one.
-  Data xml = PropertyListSerialization::dataWithPropertyList(
-      PropertyListSerialization::propertyListWithData(data), PropertyListXMLFormat_v1_0);
+  // Another tool reads the archive (plistutil, installed with the dependencies), and the XML
+  // form it prints decodes as well as the binary one.
+  std::optional<Data> printed = plistutilXML(data);
+  Data xml = printed ? *printed
+                     : PropertyListSerialization::dataWithPropertyList(
+                           PropertyListSerialization::propertyListWithData(data),
+                           PropertyListXMLFormat_v1_0);
   EXPECT_NE(std::string(xml.view()).find("CF$UID"), std::string::npos);
   for (const Data &form : {data, xml}) {
     int before = Node::made;
