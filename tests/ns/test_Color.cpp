@@ -12,90 +12,52 @@ using namespace vl::ns;
 
 TEST(Color, EqualityIncludesTheSpace) {
   auto calibrated = Color::colorWithCalibratedRed(1, 0, 0, 1);
-  auto device = Color::colorWithDeviceRed(1, 0, 0, 1);
-  EXPECT_FALSE(calibrated->isEqual(*device));
+  EXPECT_FALSE(calibrated->isEqual(*Color::colorWithDeviceRed(1, 0, 0, 1)));
   EXPECT_TRUE(calibrated->isEqual(*Color::redColor()));
-  EXPECT_EQ(calibrated->hash(), Color::redColor()->hash());
+  EXPECT_FALSE(calibrated->isEqual(*Color::colorWithCalibratedRed(1, 0, 0, 0.5)));
   EXPECT_FALSE(Color::colorWithCalibratedWhite(0, 1)->isEqual(*Color::colorWithDeviceWhite(0, 1)));
   EXPECT_FALSE(Color::blackColor()->isEqual(*Color::colorWithDeviceRed(0, 0, 0, 1)))
       << "black in white space is not device RGB black";
-  EXPECT_FALSE(Color::blackColor()->isEqual(*Color::colorWithCalibratedRed(0, 0, 0, 1)));
   EXPECT_FALSE(Color::textColor()->isEqual(*Color::blackColor()))
       << "a named colour is not the colour it resolves to";
-  EXPECT_FALSE(calibrated->isEqual(*Color::colorWithCalibratedRed(1, 0, 0, 0.5)));
   EXPECT_TRUE(Value(Color::colorWithDeviceRed(0.2, 0.4, 0.6, 1)) ==
               Value(Color::colorWithDeviceRed(0.2, 0.4, 0.6, 1)));
-}
-
-TEST(Color, ConstructorsAndSharedColours) {
-  EXPECT_EQ(Color::blackColor()->colorSpaceName(), CalibratedWhiteColorSpace);
-  EXPECT_EQ(Color::blackColor()->whiteComponent(), 0.0);
-  EXPECT_EQ(Color::whiteColor()->whiteComponent(), 1.0);
-  EXPECT_EQ(Color::clearColor()->alphaComponent(), 0.0);
-  EXPECT_EQ(Color::redColor()->colorSpaceName(), CalibratedRGBColorSpace);
-  EXPECT_EQ(Color::orangeColor()->greenComponent(), 0.5);
-  EXPECT_EQ(Color::blackColor().get(), Color::blackColor().get()) << "shared instances";
-  EXPECT_EQ(Color::colorWithDeviceWhite(0.25, 1)->colorSpaceName(), DeviceWhiteColorSpace);
 
   auto clamped = Color::colorWithDeviceRed(1.5, -0.5, std::nan(""), 2);
-  EXPECT_EQ(clamped->redComponent(), 1.0);
-  EXPECT_EQ(clamped->greenComponent(), 0.0);
-  EXPECT_EQ(clamped->blueComponent(), 0.0);
-  EXPECT_EQ(clamped->alphaComponent(), 1.0);
-  EXPECT_EQ(Color::colorWithDeviceRed(0.2, 0.4, 0.6, 1)->description(),
-            u"NSDeviceRGBColorSpace 0.2 0.4 0.6 1");
+  EXPECT_TRUE(clamped->isEqual(*Color::colorWithDeviceRed(1, 0, 0, 1))) << "components clamped";
+}
+
+TEST(Color, ConvertsBetweenSpaces) {
+  auto grey = Color::colorWithCalibratedWhite(0.25, 0.5);
+  auto rgb = grey->colorUsingColorSpaceName(CalibratedRGBColorSpace);
+  ASSERT_NE(rgb, nullptr);
+  EXPECT_TRUE(rgb->isEqual(*Color::colorWithCalibratedRed(0.25, 0.25, 0.25, 0.5)));
+  EXPECT_EQ(grey->redComponent(), 0.25) << "components answer through the conversion";
+  auto device = Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 1)
+                    ->colorUsingColorSpaceName(DeviceRGBColorSpace);
+  ASSERT_NE(device, nullptr);
+  EXPECT_TRUE(device->isEqual(*Color::colorWithDeviceRed(0.1, 0.2, 0.3, 1)));
+  auto luma = Color::redColor()->colorUsingColorSpaceName(CalibratedWhiteColorSpace);
+  ASSERT_NE(luma, nullptr);
+  EXPECT_NEAR(luma->whiteComponent(), 0.299, 1e-12);
+  EXPECT_EQ(Color::redColor()->colorUsingColorSpaceName(CalibratedRGBColorSpace).get(),
+            Color::redColor().get())
+      << "already in the space: the colour itself";
+  EXPECT_EQ(Color::redColor()->colorUsingColorSpaceName(NamedColorSpace), nullptr);
 }
 
 TEST(Color, NamedColoursOfTheSystemCatalogue) {
   auto text = Color::textColor();
   EXPECT_EQ(text->colorSpaceName(), NamedColorSpace);
-  EXPECT_EQ(text->catalogNameComponent(), u"System");
-  EXPECT_EQ(text->colorNameComponent(), u"textColor");
   EXPECT_TRUE(text->isEqual(*Color::colorWithCatalogName(u"System", u"textColor")));
   EXPECT_EQ(Color::colorWithCatalogName(u"System", u"noSuchColor"), nullptr);
-  EXPECT_EQ(Color::colorWithCatalogName(u"Crayons", u"textColor"), nullptr);
-  EXPECT_EQ(Color::alternateSelectedControlColor()->colorNameComponent(),
-            u"alternateSelectedControlColor");
-  EXPECT_FALSE(Color::textColor()->isEqual(*Color::textBackgroundColor()));
-
+  EXPECT_FALSE(text->isEqual(*Color::textBackgroundColor()));
   auto rgb = Color::textBackgroundColor()->colorUsingColorSpaceName(CalibratedRGBColorSpace);
   ASSERT_NE(rgb, nullptr);
   EXPECT_TRUE(rgb->isEqual(*Color::colorWithCalibratedRed(1, 1, 1, 1)));
-  auto white = Color::textColor()->colorUsingColorSpaceName(DeviceWhiteColorSpace);
+  auto white = text->colorUsingColorSpaceName(DeviceWhiteColorSpace);
   ASSERT_NE(white, nullptr);
   EXPECT_EQ(white->whiteComponent(), 0.0);
-  EXPECT_EQ(Color::gridColor()->colorUsingColorSpaceName(NamedColorSpace).get(),
-            Color::gridColor().get());
-}
-
-TEST(Color, ConvertsBetweenRGBAndWhite) {
-  auto grey = Color::colorWithCalibratedWhite(0.25, 0.5);
-  auto rgb = grey->colorUsingColorSpaceName(CalibratedRGBColorSpace);
-  ASSERT_NE(rgb, nullptr);
-  EXPECT_EQ(rgb->colorSpaceName(), CalibratedRGBColorSpace);
-  EXPECT_EQ(rgb->redComponent(), 0.25);
-  EXPECT_EQ(rgb->blueComponent(), 0.25);
-  EXPECT_EQ(rgb->alphaComponent(), 0.5);
-
-  auto device = Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 1)
-                    ->colorUsingColorSpaceName(DeviceRGBColorSpace);
-  ASSERT_NE(device, nullptr);
-  EXPECT_TRUE(device->isEqual(*Color::colorWithDeviceRed(0.1, 0.2, 0.3, 1)));
-
-  auto luma = Color::redColor()->colorUsingColorSpaceName(CalibratedWhiteColorSpace);
-  ASSERT_NE(luma, nullptr);
-  EXPECT_NEAR(luma->whiteComponent(), 0.299, 1e-12);
-  EXPECT_NEAR(Color::colorWithDeviceRed(1, 1, 1, 1)
-                  ->colorUsingColorSpaceName(DeviceWhiteColorSpace)
-                  ->whiteComponent(),
-              1.0, 1e-12);
-
-  EXPECT_EQ(Color::redColor()->colorUsingColorSpaceName(CalibratedRGBColorSpace).get(),
-            Color::redColor().get())
-      << "already in the space: the colour itself";
-  EXPECT_EQ(Color::redColor()->colorUsingColorSpaceName(NamedColorSpace), nullptr);
-  EXPECT_EQ(Color::redColor()->colorUsingColorSpaceName(u"NSCustomColorSpace"), nullptr);
-  EXPECT_EQ(grey->redComponent(), 0.25) << "components answer through the conversion";
 }
 
 TEST(Color, PatternsConvertToNothing) {
@@ -104,10 +66,7 @@ TEST(Color, PatternsConvertToNothing) {
   auto pattern = Color::colorWithPatternImage(image);
   ASSERT_NE(pattern, nullptr);
   EXPECT_EQ(pattern->colorSpaceName(), PatternColorSpace);
-  EXPECT_EQ(pattern->patternImage(), image);
   EXPECT_EQ(pattern->colorUsingColorSpaceName(CalibratedRGBColorSpace), nullptr);
-  EXPECT_EQ(pattern->colorUsingColorSpaceName(DeviceWhiteColorSpace), nullptr);
-  EXPECT_EQ(pattern->redComponent(), 0.0);
   EXPECT_TRUE(pattern->isEqual(*Color::colorWithPatternImage(image)));
   EXPECT_FALSE(pattern->isEqual(
       *Color::colorWithPatternImage(Image::createWithPixels(1, 1, {10, 20, 30, 255}))));

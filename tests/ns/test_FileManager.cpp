@@ -57,19 +57,10 @@ TEST_F(FileManagerTest, CreatesDirectoriesWithOrWithoutIntermediates) {
   ErrorPtr error;
   EXPECT_FALSE(fm->createDirectoryAtPath(at(u"a/b/c"), false, &error));
   ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->domain(), CocoaErrorDomain);
   EXPECT_EQ(error->code(), FileNoSuchFileError);
   EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(), at(u"a/b/c"));
-  EXPECT_NE(error->localizedDescription().find(at(u"a/b/c")), std::u16string::npos);
-  auto underlying = error->userInfo()->objectForKey(UnderlyingErrorKey).as<Error>();
-  ASSERT_NE(underlying, nullptr);
-  EXPECT_EQ(underlying->domain(), POSIXErrorDomain);
-  EXPECT_EQ(underlying->code(), ENOENT);
 
   EXPECT_TRUE(fm->createDirectoryAtPath(at(u"a/b/c"), true));
-  bool isDirectory = false;
-  EXPECT_TRUE(fm->fileExistsAtPath(at(u"a/b/c"), &isDirectory));
-  EXPECT_TRUE(isDirectory);
   EXPECT_TRUE(fm->createDirectoryAtPath(at(u"a/b/c"), true));
   EXPECT_FALSE(fm->createDirectoryAtPath(at(u"a/b/c"), false, &error));
   EXPECT_EQ(codeOf(error), FileWriteFileExistsError);
@@ -78,18 +69,12 @@ TEST_F(FileManagerTest, CreatesDirectoriesWithOrWithoutIntermediates) {
   EXPECT_FALSE(fm->createDirectoryAtPath(at(u"file"), true, &error));
   EXPECT_EQ(codeOf(error), FileWriteFileExistsError);
   EXPECT_FALSE(fm->createDirectoryAtPath(at(u"file/sub"), true));
-  EXPECT_TRUE(fm->fileExistsAtPath(at(u"file"), &isDirectory));
-  EXPECT_FALSE(isDirectory);
 }
 
 TEST_F(FileManagerTest, ListingsAreSortedAndWalksStayInsideTheTree) {
-  put(u"b", "");
-  put(u"a", "");
-  put(u"C", "");
   ASSERT_TRUE(fm->createDirectoryAtPath(at(u"d/e"), true));
-  put(u"d/z", "");
-  put(u"d/e/y", "");
-  put(u"d.txt", "");
+  for (auto name : {u"b", u"a", u"C", u"d/z", u"d/e/y", u"d.txt"})
+    put(name, "");
   ASSERT_EQ(symlink("/", toUTF8(at(u"link")).c_str()), 0);
 
   EXPECT_EQ(fm->contentsOfDirectoryAtPath(root),
@@ -102,21 +87,6 @@ TEST_F(FileManagerTest, ListingsAreSortedAndWalksStayInsideTheTree) {
   EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
   EXPECT_EQ(fm->subpathsAtPath(at(u"a")), std::nullopt);
   EXPECT_EQ(fm->contentsOfDirectoryAtPath(at(u"d/e")), (Names{u"y"}));
-}
-
-TEST_F(FileManagerTest, ReadsWholeFiles) {
-  put(u"empty", "");
-  put(u"text", "caf\xC3\xA9");
-  EXPECT_EQ(get(u"text"), "caf\xC3\xA9");
-  auto empty = fm->contentsAtPath(at(u"empty"));
-  ASSERT_TRUE(empty);
-  EXPECT_TRUE(empty->empty());
-
-  ErrorPtr error;
-  EXPECT_EQ(fm->contentsAtPath(at(u"missing"), &error), std::nullopt);
-  EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
-  EXPECT_EQ(fm->contentsAtPath(root, &error), std::nullopt);
-  EXPECT_NE(error, nullptr);
 }
 
 TEST_F(FileManagerTest, AtomicFileWritesReplaceWholeAndKeepPermissions) {
@@ -137,6 +107,9 @@ TEST_F(FileManagerTest, AtomicFileWritesReplaceWholeAndKeepPermissions) {
   EXPECT_EQ(get(u"g"), "plain");
   EXPECT_FALSE(fm->createFileAtPath(at(u"missing/f"), Data::fromString("x"), &error));
   EXPECT_EQ(codeOf(error), FileNoSuchFileError);
+
+  EXPECT_EQ(fm->contentsAtPath(at(u"missing"), &error), std::nullopt);
+  EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
 }
 
 TEST_F(FileManagerTest, AnInterruptedFileWriteLeavesTheOldFile) {
@@ -205,39 +178,12 @@ TEST_F(FileManagerTest, CopiesTreesWithLinksAndPermissions) {
   EXPECT_FALSE(fm->fileExistsAtPath(at(u"src/sub/copy")));
   EXPECT_FALSE(fm->copyItemAtPath(at(u"missing"), at(u"copy"), &error));
   EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
-  EXPECT_FALSE(fm->fileExistsAtPath(at(u"copy")));
-}
 
-TEST_F(FileManagerTest, MovesOnlyToFreePaths) {
-  put(u"a", "a");
-  put(u"b", "b");
-  ErrorPtr error;
-  EXPECT_FALSE(fm->moveItemAtPath(at(u"a"), at(u"b"), &error));
+  // Moves go only to free paths.
+  EXPECT_FALSE(fm->moveItemAtPath(at(u"dst/link"), at(u"dst/sub/f"), &error));
   EXPECT_EQ(codeOf(error), FileWriteFileExistsError);
-  EXPECT_EQ(get(u"b"), "b");
-  EXPECT_TRUE(fm->moveItemAtPath(at(u"a"), at(u"c")));
-  EXPECT_EQ(get(u"c"), "a");
-  EXPECT_FALSE(fm->fileExistsAtPath(at(u"a")));
-  EXPECT_FALSE(fm->moveItemAtPath(at(u"a"), at(u"d"), &error));
-  EXPECT_EQ(codeOf(error), FileNoSuchFileError);
-}
-
-TEST_F(FileManagerTest, AttributesDescribeTheItemItself) {
-  put(u"f", "12345");
-  ASSERT_EQ(symlink("f", toUTF8(at(u"link")).c_str()), 0);
-  auto file = fm->attributesOfItemAtPath(at(u"f"));
-  ASSERT_NE(file, nullptr);
-  EXPECT_EQ(file->objectForKey(FileType).string(), FileTypeRegular);
-  EXPECT_EQ(file->objectForKey(FileSize).integerValue(), 5);
-  EXPECT_LT(
-      std::abs(file->objectForKey(FileModificationDate).date().timeIntervalSinceDate(Date::now())),
-      60.0);
-  EXPECT_EQ(fm->attributesOfItemAtPath(root)->objectForKey(FileType).string(), FileTypeDirectory);
-  EXPECT_EQ(fm->attributesOfItemAtPath(at(u"link"))->objectForKey(FileType).string(),
-            FileTypeSymbolicLink);
-  ErrorPtr error;
-  EXPECT_EQ(fm->attributesOfItemAtPath(at(u"missing"), &error), nullptr);
-  EXPECT_EQ(codeOf(error), FileReadNoSuchFileError);
+  EXPECT_TRUE(fm->moveItemAtPath(at(u"dst/sub/f"), at(u"moved")));
+  EXPECT_EQ(get(u"moved"), "data");
 }
 
 TEST_F(FileManagerTest, UniqueFileNamesNumberTheStem) {
@@ -246,8 +192,6 @@ TEST_F(FileManagerTest, UniqueFileNamesNumberTheStem) {
   EXPECT_TRUE(fm->fileExistsAtPath(images)); // made on demand
   put(u"images/pic.png", "");
   EXPECT_EQ(fm->uniqueFileNameForFilename(u"pic.png", images), at(u"images/pic-1.png"));
-  put(u"images/pic-1.png", "");
-  EXPECT_EQ(fm->uniqueFileNameForFilename(u"pic.png", images), at(u"images/pic-2.png"));
   put(u"images/a", "");
   EXPECT_EQ(fm->uniqueFileNameForFilename(u"a", images), at(u"images/a-1"));
   put(u"images/.profile", "");
@@ -342,7 +286,6 @@ TEST_F(FileManagerTest, ReplacementAndTemporaryDirectories) {
   ASSERT_TRUE(made);
   EXPECT_EQ(stringByDeletingLastPathComponent(*made), root);
   EXPECT_EQ(lastPathComponent(*made).substr(0, 5), u"epub.");
-  EXPECT_NE(fm->createTemporaryDirectory(u"epub"), made);
   unsetenv("TMPDIR");
   EXPECT_EQ(TemporaryDirectory(), u"/tmp/");
   if (saved)

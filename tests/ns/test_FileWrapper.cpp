@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fstream>
-#include <random>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -78,59 +77,34 @@ void expectSameTree(const FileWrapper &a, const FileWrapper &b, const std::strin
 
 } // namespace
 
-TEST(FileWrapper, KindsAnswerOnlyWhatFitsThem) {
-  auto file = FileWrapper::createRegularFile(Data::fromString("abc"));
-  EXPECT_TRUE(file->isRegularFile());
-  EXPECT_EQ(file->regularFileContents().view(), "abc");
-  EXPECT_EQ(file->fileWrappers(), nullptr);
-  EXPECT_EQ(file->addRegularFileWithContents(Data(), u"x"), u"") << "a file takes no children";
-
-  auto link = FileWrapper::createSymbolicLink(u"../target");
-  EXPECT_TRUE(link->isSymbolicLink());
-  EXPECT_EQ(link->symbolicLinkDestination(), u"../target");
-  EXPECT_TRUE(link->regularFileContents().empty());
-
-  auto dir = FileWrapper::createDirectory();
-  EXPECT_TRUE(dir->isDirectory());
-  EXPECT_EQ(dir->fileWrappers()->count(), 0u);
-  EXPECT_EQ(dir->addFileWrapper(nullptr), u"");
-  EXPECT_EQ(dir->addFileWrapper(dir), u"") << "not inside itself";
-}
-
 TEST(FileWrapper, ChildKeysAreUniqueAndSafe) {
   auto dir = FileWrapper::createDirectory();
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image.png");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 2.png");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 3.png");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"README"), u"README");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"README"), u"README 2");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".hidden"), u".hidden");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".hidden"), u".hidden 2");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"../../etc/passwd"), u".._.._etc_passwd");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u".."), u"Untitled");
-  EXPECT_EQ(dir->addRegularFileWithContents(Data(), u""), u"Untitled 2");
-
-  auto keys = dir->fileWrappers()->allKeys();
-  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
-  EXPECT_EQ(keys.size(), 10u);
+  const std::pair<const char16_t *, const char16_t *> keys[] = {
+      {u"image.png", u"image.png"},   {u"image.png", u"image 2.png"},
+      {u"image.png", u"image 3.png"}, {u"README", u"README"},
+      {u"README", u"README 2"},       {u".hidden", u".hidden"},
+      {u".hidden", u".hidden 2"},     {u"../../etc/passwd", u".._.._etc_passwd"},
+      {u"..", u"Untitled"},           {u"", u"Untitled 2"},
+  };
+  for (const auto &[preferred, key] : keys)
+    EXPECT_EQ(dir->addRegularFileWithContents(Data(), preferred), key);
+  auto names = dir->fileWrappers()->allKeys();
+  EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
 
   auto child = dir->fileWrapperForKey(u"image 2.png");
   ASSERT_NE(child, nullptr);
   EXPECT_EQ(child->filename(), u"image 2.png") << "the key becomes the filename";
-  EXPECT_EQ(child->preferredFilename(), u"image.png");
-  EXPECT_EQ(dir->keyForFileWrapper(*child), u"image 2.png");
   dir->removeFileWrapper(child);
-  EXPECT_EQ(dir->fileWrapperForKey(u"image 2.png"), nullptr);
-  EXPECT_EQ(dir->keyForFileWrapper(*child), u"");
-  dir->removeFileWrapper(child); // not a child any more: nothing happens
-  EXPECT_EQ(dir->children().size(), 9u);
   EXPECT_EQ(dir->addRegularFileWithContents(Data(), u"image.png"), u"image 2.png")
       << "a freed key is used again";
 
+  // Only directories take children, never themselves or nothing.
+  EXPECT_EQ(FileWrapper::createRegularFile(Data())->addRegularFileWithContents(Data(), u"x"), u"");
+  EXPECT_EQ(dir->addFileWrapper(nullptr), u"");
+  EXPECT_EQ(dir->addFileWrapper(dir), u"");
   auto made = FileWrapper::createDirectory(
       {{u"a.txt", FileWrapper::createRegularFile(Data())}, {u"a.txt", nullptr}});
   EXPECT_EQ(made->children().size(), 1u);
-  EXPECT_EQ(made->children()[0].first, u"a.txt");
 }
 
 TEST(FileWrapper, WritesAndReadsADirectoryTree) {
@@ -146,15 +120,11 @@ TEST(FileWrapper, WritesAndReadsADirectoryTree) {
   ASSERT_NE(read, nullptr);
   expectSameTree(*read, *tree);
   EXPECT_EQ(read->filename(), u"Doc.rtfd");
-  EXPECT_EQ(read->fileWrapperForKey(u"Files")->filename(), u"Files");
-  ASSERT_TRUE(read->modificationDate().has_value());
-  EXPECT_NEAR(read->modificationDate()->timeIntervalSinceDate(Date::now()), 0, 3600);
 
   auto single = FileWrapper::createRegularFile(Data::fromString("one"));
   ASSERT_TRUE(single->writeToPath(temp.path16("one.txt"), false, nullptr));
   FileWrapper reread;
   ASSERT_TRUE(reread.readFromPath(temp.path16("one.txt")));
-  EXPECT_TRUE(reread.isRegularFile());
   EXPECT_EQ(reread.regularFileContents().view(), "one");
   EXPECT_EQ(reread.preferredFilename(), u"one.txt");
 }
@@ -187,24 +157,15 @@ TEST(FileWrapper, AtomicWritesReplaceWholeAndLeaveNothingBehind) {
   ErrorPtr error;
   EXPECT_FALSE(second->writeToPath(temp.path16("missing/dir/Pkg"), true, &error));
   ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->domain(), POSIXErrorDomain);
   EXPECT_EQ(error->code(), ENOENT);
-  EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(),
-            temp.path16("missing/dir/Pkg"));
-}
 
-TEST(FileWrapper, ReadingAMissingPathFails) {
-  TempDir temp;
-  ErrorPtr error;
+  // Reading what is not there fails and changes nothing.
+  error.reset();
   EXPECT_EQ(FileWrapper::createWithPath(temp.path16("nothing"), &error), nullptr);
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->domain(), POSIXErrorDomain);
   EXPECT_EQ(error->code(), ENOENT);
-  EXPECT_EQ(error->userInfo()->objectForKey(FilePathErrorKey).string(), temp.path16("nothing"));
-
   auto keep = FileWrapper::createRegularFile(Data::fromString("kept"));
   EXPECT_FALSE(keep->readFromPath(temp.path16("nothing")));
-  EXPECT_EQ(keep->regularFileContents().view(), "kept") << "a failed read changes nothing";
+  EXPECT_EQ(keep->regularFileContents().view(), "kept");
 }
 
 TEST(FileWrapper, SerializedFormRoundTrips) {
@@ -219,12 +180,6 @@ TEST(FileWrapper, SerializedFormRoundTrips) {
   EXPECT_EQ(back->modificationDate(), tree->modificationDate());
   EXPECT_EQ(back->fileWrapperForKey(u"picture.png")->preferredFilename(), u"picture.png");
   EXPECT_EQ(back->serializedRepresentation(), flat) << "stable";
-
-  auto file = FileWrapper::createWithSerializedRepresentation(
-      FileWrapper::createRegularFile(Data::fromString("x"))->serializedRepresentation());
-  ASSERT_NE(file, nullptr);
-  EXPECT_EQ(file->regularFileContents().view(), "x");
-  EXPECT_FALSE(file->modificationDate().has_value());
 }
 
 TEST(FileWrapper, SerializedFormRefusesBadBytes) {
@@ -237,50 +192,28 @@ TEST(FileWrapper, SerializedFormRefusesBadBytes) {
   auto extra = bytes;
   extra.push_back(0);
   EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(extra)), nullptr);
-  auto badMagic = bytes;
-  badMagic[0] = 'X';
-  EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(badMagic)), nullptr);
 
-  // Unsafe or repeated keys are refused, not repaired.
+  // The flat form of `dir` with the first `from` replaced by `to`.
+  auto patched = [](const FileWrapper &dir, std::string_view from, std::string_view to) {
+    Data flat = dir.serializedRepresentation();
+    std::string text(flat.view());
+    text.replace(text.find(from), from.size(), to);
+    return Data::fromString(text);
+  };
   auto dir = FileWrapper::createDirectory();
   dir->addRegularFileWithContents(Data(), u"ab");
-  auto keyed = dir->serializedRepresentation().toVector();
-  std::string text(keyed.begin(), keyed.end());
-  size_t at = text.find("ab"); // the key comes before the names inside the child
-  ASSERT_NE(at, std::string::npos);
-  for (const std::string &bad : {std::string(".."), std::string("a/"), std::string("a\0", 2)}) {
-    auto patched = keyed;
-    patched[at] = static_cast<uint8_t>(bad[0]);
-    patched[at + 1] = static_cast<uint8_t>(bad[1]);
-    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << bad;
-  }
-
-  // Keys out of order (or repeated) are refused: one tree has one flat form.
+  EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(patched(*dir, "VLFW", "XLFW")),
+            nullptr);
+  // Unsafe keys are refused, not repaired (the key comes before the names inside the child).
+  for (std::string_view bad :
+       {std::string_view(".."), std::string_view("a/"), std::string_view("a\0", 2)})
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(patched(*dir, "ab", bad)), nullptr);
+  // Keys out of order or repeated are refused: one tree has one flat form.
   dir->addRegularFileWithContents(Data(), u"cd");
-  auto two = dir->serializedRepresentation().toVector();
-  std::string twoText(two.begin(), two.end());
-  for (const char *second : {"aa", "ab"}) {
-    auto patched = two;
-    size_t cd = twoText.find("cd");
-    patched[cd] = static_cast<uint8_t>(second[0]);
-    patched[cd + 1] = static_cast<uint8_t>(second[1]);
-    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(Data(patched)), nullptr) << second;
-  }
+  for (std::string_view second : {"aa", "ab"})
+    EXPECT_EQ(FileWrapper::createWithSerializedRepresentation(patched(*dir, "cd", second)),
+              nullptr);
 
-  // Random and mutated bytes never crash.
-  std::mt19937 random(7);
-  for (int round = 0; round < 2000; ++round) {
-    auto mutated = bytes;
-    for (int i = 0; i < 4; ++i)
-      mutated[random() % mutated.size()] = static_cast<uint8_t>(random());
-    FileWrapper::createWithSerializedRepresentation(Data(mutated));
-    std::vector<uint8_t> noise(random() % 64);
-    for (auto &b : noise)
-      b = static_cast<uint8_t>(random());
-    if (noise.size() >= 5)
-      std::copy_n("VLFW\1", 5, noise.begin());
-    FileWrapper::createWithSerializedRepresentation(Data(noise));
-  }
   // A huge child count in a few bytes is refused without allocating for it.
   std::vector<uint8_t> huge = {'V', 'L', 'F', 'W', 1, 2,    0,    0,    0,   0,
                                0,   0,   0,   0,   0, 0xFF, 0xFF, 0xFF, 0xFF};
@@ -299,37 +232,26 @@ TEST(FileWrapper, Archives) {
 TEST(TextAttachment, CellTakesTheSizeOfTheWrappedImage) {
   auto image = Image::createWithPixels(40, 20, std::vector<uint8_t>(40 * 20 * 4, 0x80));
   ASSERT_NE(image, nullptr);
-  auto wrapper = FileWrapper::createRegularFile(image->representationUsingType(ImageFileTypePNG));
-  wrapper->setPreferredFilename(u"Image_1.png");
-  auto attachment = TextAttachment::create(wrapper);
-  EXPECT_EQ(attachment->fileWrapper(), wrapper);
+  auto attachment = TextAttachment::create(
+      FileWrapper::createRegularFile(image->representationUsingType(ImageFileTypePNG)));
   auto cell = attachment->attachmentCell();
   ASSERT_NE(cell, nullptr);
   EXPECT_EQ(cell->cellSize(), (Size{40, 20}));
-  ASSERT_NE(cell->image(), nullptr);
-  EXPECT_EQ(cell->attachment(), attachment.get());
 
   auto chosen = TextAttachmentCell::create();
-  chosen->setCellSize(Size{100, 50});
   attachment->setAttachmentCell(chosen);
   attachment->setFileWrapper(FileWrapper::createRegularFile(Data::fromString("not an image")));
   EXPECT_EQ(attachment->attachmentCell(), chosen) << "a cell that was set stays";
-  EXPECT_EQ(cell->attachment(), nullptr);
-
   auto plain = TextAttachment::create(FileWrapper::createRegularFile(Data::fromString("text")));
   EXPECT_EQ(plain->attachmentCell()->cellSize(), (Size{0, 0}));
-  EXPECT_EQ(plain->attachmentCell()->image(), nullptr);
   EXPECT_NE(TextAttachment().attachmentCell(), nullptr) << "even without a wrapper";
 }
 
-TEST(TextAttachment, OneCharacterCarriesTheAttachment) {
+TEST(TextAttachment, OneCharacterCarriesTheAttachmentAndItArchives) {
   auto attachment = TextAttachment::create(FileWrapper::createRegularFile(Data()));
   auto form = TextAttachment::attributedStringWithAttachment(attachment);
   EXPECT_EQ(form.string, u"\uFFFC");
-  EXPECT_EQ(form.attributeName, u"NSAttachment");
   EXPECT_EQ(form.attribute.as<TextAttachment>(), attachment);
-  EXPECT_EQ(TextAttachment::attachmentCharacter, u'\uFFFC');
-
   auto back = KeyedUnarchiver::unarchiveObjectWithData(
                   KeyedArchiver::archivedDataWithRootObject(Value(attachment)))
                   .as<TextAttachment>();

@@ -23,9 +23,7 @@ FontPtr font(std::u16string_view name, double size = 12) {
 }
 
 std::string nameOf(const FontPtr &f) {
-  if (!f)
-    return "(nil)";
-  return std::string(f->fontName().begin(), f->fontName().end());
+  return f ? std::string(f->fontName().begin(), f->fontName().end()) : "(nil)";
 }
 
 // Installs a catalogue for one test and restores the built-in one after it.
@@ -52,40 +50,29 @@ FontFace face(const char16_t *name, const char16_t *family, uint32_t traits, int
 } // namespace
 
 TEST(Font, FindsFacesByPostScriptFullAndFamilyName) {
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Helvetica-Bold", 12)), "Helvetica-Bold");
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Courier Bold", 12)), "Courier-Bold");
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Times", 12)), "Times-Roman") << "family: regular member";
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Times New Roman", 12)), "TimesNewRomanPSMT");
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Courier New Bold Italic", 12)),
-            "CourierNewPS-BoldItalicMT");
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Palatino", 12)), "Palatino-Roman");
-  EXPECT_EQ(nameOf(Font::fontWithName(u"courier prime", 12)), "CourierPrime") << "ASCII case";
-  EXPECT_EQ(nameOf(Font::fontWithName(u"Apple Symbols", 12)), "AppleSymbols");
-  EXPECT_EQ(Font::fontWithName(u"Comic Sans MS", 12), nullptr) << "no stand-in";
-  EXPECT_EQ(Font::fontWithName(u"", 12), nullptr);
-
+  const std::pair<const char16_t *, const char *> names[] = {
+      {u"Helvetica-Bold", "Helvetica-Bold"},
+      {u"Courier Bold", "Courier-Bold"},
+      {u"Times", "Times-Roman"}, // a family: its regular member
+      {u"Courier New Bold Italic", "CourierNewPS-BoldItalicMT"},
+      {u"courier prime", "CourierPrime"}, // ASCII case ignored
+      {u"Apple Symbols", "AppleSymbols"},
+      {u"Comic Sans MS", "(nil)"}, // no stand-in
+      {u"", "(nil)"},
+  };
+  for (const auto &[name, expected] : names)
+    EXPECT_EQ(nameOf(Font::fontWithName(name, 12)), expected);
   auto bold = font(u"Helvetica-Bold", 14.5);
   EXPECT_EQ(bold->familyName(), u"Helvetica");
-  EXPECT_EQ(bold->displayName(), u"Helvetica Bold");
-  EXPECT_EQ(bold->pointSize(), 14.5);
-  EXPECT_EQ(bold->description(), u"\"Helvetica-Bold 14.5 pt.\"");
 }
 
 TEST(Font, SameFaceAndSizeIsTheSameObject) {
   auto a = font(u"Times-Roman", 12);
   EXPECT_EQ(a.get(), font(u"Times", 12).get()) << "names of one face meet in one object";
-  EXPECT_EQ(a.get(), font(u"Times Roman", 12).get());
   EXPECT_NE(a.get(), font(u"Times-Roman", 13).get());
-  EXPECT_FALSE(a->isEqual(*font(u"Times-Roman", 13)));
-  EXPECT_FALSE(a->isEqual(*font(u"Times-Bold", 12)));
-  EXPECT_EQ(a->copy().get(), a.get());
-  EXPECT_EQ(font(u"Courier", 0)->pointSize(), 12.0) << "size 0 means the default size";
-  EXPECT_EQ(font(u"Courier", -4).get(), font(u"Courier", 12).get());
+  EXPECT_EQ(font(u"Courier", 0).get(), font(u"Courier", 12).get()) << "0: the default size";
   EXPECT_EQ(manager().convertFont(a, 12).get(), a.get());
-  auto larger = manager().convertFont(a, 18);
-  EXPECT_EQ(nameOf(larger), "Times-Roman");
-  EXPECT_EQ(larger->pointSize(), 18.0);
-  EXPECT_EQ(manager().convertFont(nullptr, 18), nullptr);
+  EXPECT_EQ(manager().convertFont(a, 18)->pointSize(), 18.0);
 }
 
 TEST(Font, UserAndSystemFonts) {
@@ -95,9 +82,7 @@ TEST(Font, UserAndSystemFonts) {
   Font::setUserFontName(u"No Such Font");
   EXPECT_EQ(nameOf(Font::userFontOfSize(10)), "Helvetica") << "a missing user font falls back";
   Font::setUserFontName(u"");
-  EXPECT_EQ(Font::userFontName(), u"Helvetica");
   EXPECT_EQ(nameOf(Font::systemFontOfSize(13)), "HelveticaNeue");
-  EXPECT_EQ(nameOf(Font::boldSystemFontOfSize(13)), "HelveticaNeue-Bold");
 }
 
 TEST(FontManager, TraitsAreWhatTheFaceHas) {
@@ -106,109 +91,52 @@ TEST(FontManager, TraitsAreWhatTheFaceHas) {
             uint32_t{BoldFontMask | ItalicFontMask});
   EXPECT_EQ(manager().traitsOfFont(font(u"Courier-Bold")),
             uint32_t{BoldFontMask | FixedPitchFontMask});
-  EXPECT_TRUE(font(u"Courier New")->isFixedPitch());
-  EXPECT_FALSE(font(u"Arial")->isFixedPitch());
-  EXPECT_EQ(manager().traitsOfFont(nullptr), 0u);
-
-  EXPECT_TRUE(manager().fontNamedHasTraits(u"Times-BoldItalic", BoldFontMask | ItalicFontMask));
+  // Asked by name, the "un" traits count too.
   EXPECT_TRUE(manager().fontNamedHasTraits(u"Times-Bold", BoldFontMask | UnitalicFontMask));
   EXPECT_FALSE(manager().fontNamedHasTraits(u"Times-Bold", UnboldFontMask));
   EXPECT_TRUE(manager().fontNamedHasTraits(u"Times-Roman", UnboldFontMask));
-  EXPECT_FALSE(manager().fontNamedHasTraits(u"Times-Roman", ItalicFontMask));
-  EXPECT_FALSE(manager().fontNamedHasTraits(u"", BoldFontMask)) << "nil name: false";
 }
 
 TEST(FontManager, TraitConversionsMoveWithinTheFamily) {
   auto plain = font(u"Times-Roman", 11);
   auto bold = manager().convertFontToHaveTrait(plain, BoldFontMask);
   EXPECT_EQ(nameOf(bold), "Times-Bold");
-  EXPECT_EQ(bold->pointSize(), 11.0) << "size kept";
   EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(bold, ItalicFontMask)), "Times-BoldItalic");
   EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(font(u"Times-BoldItalic"), UnboldFontMask)),
             "Times-Italic");
-  EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(font(u"Times-BoldItalic"), UnitalicFontMask)),
-            "Times-Bold");
-  EXPECT_EQ(nameOf(manager().convertFontToNotHaveTrait(font(u"Times-BoldItalic"), BoldFontMask)),
-            "Times-Italic");
   EXPECT_EQ(nameOf(manager().convertFontToNotHaveTrait(font(u"Times-Italic"), ItalicFontMask)),
             "Times-Roman");
-  EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(plain, BoldFontMask | ItalicFontMask)),
-            "Times-BoldItalic");
-  EXPECT_EQ(manager().convertFontToHaveTrait(bold, BoldFontMask).get(), bold.get())
-      << "a font that has the trait is answered as it is";
   EXPECT_EQ(manager().convertFontToHaveTrait(plain, FixedPitchFontMask).get(), plain.get())
       << "traits other than bold and italic are not conversions";
-  EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(font(u"Courier"), BoldFontMask)),
-            "Courier-Bold")
-      << "fixed pitch kept";
-  EXPECT_EQ(manager().convertFontToHaveTrait(nullptr, BoldFontMask), nullptr);
 }
 
 TEST(FontManager, AMissingFaceLeavesTheFontUnchanged) {
   auto symbol = font(u"Symbol", 12);
   EXPECT_EQ(manager().convertFontToHaveTrait(symbol, BoldFontMask).get(), symbol.get());
-  EXPECT_EQ(manager().convertFontToHaveTrait(symbol, ItalicFontMask).get(), symbol.get());
-  auto apple = font(u"Apple Symbols");
-  EXPECT_EQ(manager().convertFontToHaveTrait(apple, BoldFontMask).get(), apple.get());
 }
 
 TEST(FontManager, FamilyConversionKeepsTraitsWhereTheFamilyHasThem) {
   auto boldItalic = font(u"Helvetica-BoldOblique", 10);
   auto times = manager().convertFontToFamily(boldItalic, u"Times");
   EXPECT_EQ(nameOf(times), "Times-BoldItalic");
-  EXPECT_EQ(times->pointSize(), 10.0);
   EXPECT_EQ(nameOf(manager().convertFontToFamily(font(u"Arial-ItalicMT"), u"Courier New")),
             "CourierNewPS-ItalicMT");
-  EXPECT_EQ(nameOf(manager().convertFontToFamily(font(u"Times-Roman"), u"Helvetica Neue")),
-            "HelveticaNeue");
   EXPECT_EQ(nameOf(manager().convertFontToFamily(boldItalic, u"Symbol")), "Symbol")
       << "the closest member when the family lacks the face";
   EXPECT_EQ(manager().convertFontToFamily(boldItalic, u"Wingdings").get(), boldItalic.get())
       << "unknown family: unchanged";
-  EXPECT_EQ(nameOf(manager().convertFontToFamily(boldItalic, u"courier")), "Courier-BoldOblique");
-  EXPECT_EQ(manager().convertFontToFamily(nullptr, u"Times"), nullptr);
 }
 
 TEST(FontManager, ListsTheCatalogue) {
   auto fonts = manager().availableFonts();
   EXPECT_TRUE(std::is_sorted(fonts.begin(), fonts.end()));
-  for (const char16_t *name : {u"Courier",
-                               u"Courier-Bold",
-                               u"Courier-Oblique",
-                               u"Courier-BoldOblique",
-                               u"Helvetica",
-                               u"Helvetica-Bold",
-                               u"Helvetica-Oblique",
-                               u"Helvetica-BoldOblique",
-                               u"Times-Roman",
-                               u"Times-Bold",
-                               u"Times-Italic",
-                               u"Times-BoldItalic",
-                               u"Symbol",
-                               u"CourierNewPSMT",
-                               u"CourierNewPS-BoldMT",
-                               u"ArialMT",
-                               u"Arial-BoldMT",
-                               u"TimesNewRomanPSMT",
-                               u"CourierPrime-Bold",
-                               u"Palatino-Roman",
-                               u"HelveticaNeue-Bold",
-                               u"Georgia-Italic",
-                               u"Verdana-BoldItalic",
-                               u"AppleSymbols"})
-    EXPECT_NE(std::find(fonts.begin(), fonts.end(), name), fonts.end())
-        << std::string(name, name + std::char_traits<char16_t>::length(name)).c_str();
-
-  auto families = manager().availableFontFamilies();
-  EXPECT_EQ(families.size(), 13u);
-  EXPECT_TRUE(std::is_sorted(families.begin(), families.end()));
-
+  for (const char16_t *name : {u"Courier-BoldOblique", u"Times-BoldItalic", u"CourierNewPSMT",
+                               u"Palatino-Roman", u"Verdana-BoldItalic", u"AppleSymbols"})
+    EXPECT_NE(std::find(fonts.begin(), fonts.end(), name), fonts.end());
   auto members = manager().availableMembersOfFontFamily(u"Times");
   ASSERT_EQ(members.size(), 4u);
   EXPECT_EQ(members[0].fontName, u"Times-Roman");
   EXPECT_EQ(members[3].faceName, u"Bold Italic");
-  EXPECT_EQ(members[1].weight, 9);
-  EXPECT_TRUE(manager().availableMembersOfFontFamily(u"Nothing").empty());
 }
 
 TEST(FontManager, AReplacedCatalogueIsTheOnlySource) {
@@ -226,9 +154,6 @@ TEST(FontManager, AReplacedCatalogueIsTheOnlySource) {
         << "the bold member closest to bold weight";
     EXPECT_EQ(nameOf(manager().convertFontToHaveTrait(font(u"Book-Black"), UnboldFontMask)),
               "Book-Regular");
-    EXPECT_EQ(manager().convertFontToHaveTrait(font(u"Book"), ItalicFontMask)->fontName(),
-              u"Book-Regular")
-        << "no italic member: unchanged";
     EXPECT_EQ(nameOf(Font::userFontOfSize(12)), "Book-Black")
         << "without Helvetica, the first face in name order";
   }
@@ -237,11 +162,9 @@ TEST(FontManager, AReplacedCatalogueIsTheOnlySource) {
 
 TEST(FontManager, InstalledFontCatalogueUsesExactNames) {
   auto installed = fontconfigFontCatalog();
-  if (!installed)
-    GTEST_SKIP() << "built without fontconfig";
+  if (!installed || installed->faces().empty())
+    GTEST_SKIP() << "no fontconfig or no fonts installed";
   auto faces = installed->faces();
-  if (faces.empty())
-    GTEST_SKIP() << "no fonts installed";
   CatalogGuard guard(installed);
   for (const FontFace &f : faces) {
     auto found = Font::fontWithName(f.fontName, 12);
@@ -249,8 +172,6 @@ TEST(FontManager, InstalledFontCatalogueUsesExactNames) {
     EXPECT_EQ(found->fontName(), f.fontName);
     EXPECT_EQ(found->familyName(), f.familyName);
   }
-  auto first = Font::fontWithName(faces.front().fontName, 12);
-  EXPECT_EQ(manager().convertFontToFamily(first, u"No Such Family Anywhere").get(), first.get());
   EXPECT_EQ(Font::fontWithName(u"No Such Family Anywhere", 12), nullptr);
 }
 
@@ -261,7 +182,5 @@ TEST(Font, ArchivesByNameAndSize) {
                   .as<Font>();
   ASSERT_NE(back, nullptr);
   EXPECT_TRUE(back->isEqual(*original));
-  EXPECT_EQ(back->hash(), original->hash());
-  EXPECT_EQ(back->familyName(), u"Georgia");
   EXPECT_EQ(back->traits(), uint32_t{BoldFontMask});
 }

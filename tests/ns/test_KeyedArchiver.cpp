@@ -14,8 +14,8 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <optional>
 #include <pthread.h>
-#include <random>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -23,6 +23,24 @@
 using namespace vl::ns;
 
 namespace {
+
+// The archive as plistutil prints it in XML, or nothing when plistutil is not installed.
+std::optional<Data> plistutilXML(const Data &data) {
+  if (std::system("command -v plistutil >/dev/null 2>&1") != 0)
+    return std::nullopt;
+  auto base = std::filesystem::temp_directory_path() / ("vl_archive_" + std::to_string(getpid()));
+  std::ofstream(base.string() + ".bin", std::ios::binary)
+      .write(reinterpret_cast<const char *>(data.bytes()), std::streamsize(data.length()));
+  std::string command =
+      "plistutil -i '" + base.string() + ".bin' -o '" + base.string() + ".xml' 2>/dev/null";
+  const bool ok = std::system(command.c_str()) == 0;
+  std::ifstream in(base.string() + ".xml", std::ios::binary);
+  std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::filesystem::remove(base.string() + ".bin");
+  std::filesystem::remove(base.string() + ".xml");
+  EXPECT_TRUE(ok) << "plistutil cannot read the archive";
+  return Data::fromString(xml);
+}
 
 // A model object with a field of every kind the coder offers. Its link is weak, as a
 // style's next style is a reference into its sheet, so no archive can make it leak.
@@ -73,6 +91,9 @@ public:
   }
 
   std::shared_ptr<Node> nextNode() const { return std::dynamic_pointer_cast<Node>(next.lock()); }
+  auto fields() const {
+    return std::make_tuple(name, count, small, weight, ratio, flag, size, point, rect);
+  }
 
   static inline int made = 0;
 };
@@ -193,20 +214,14 @@ TEST(KeyedArchiver, WritesTheKeyedArchiveLayout) {
   // The shared array is stored once, equal strings once, numbers as plain values.
   EXPECT_EQ((*refs)[0], (*refs)[1]);
   EXPECT_NE((*refs)[0], (*refs)[2]);
+  auto shared0 = at((*refs)[0]).dictionary();
+  EXPECT_EQ((*refs)[3], shared0->objectForKey(u"NS.objects").array()->firstObject());
   EXPECT_EQ(at((*refs)[4]), Value(7));
-  size_t strings = 0, arrayClasses = 0;
-  for (const Value &object : *objects) {
-    strings += object == Value(u"s");
-    auto d = object.dictionary();
-    if (d && d->objectForKey(u"$classname") == Value(u"NSMutableArray")) {
-      ++arrayClasses;
-      EXPECT_EQ(
-          d->objectForKey(u"$classes"),
-          Value(Array::create({Value(u"NSMutableArray"), Value(u"NSArray"), Value(u"NSObject")})));
-    }
-  }
-  EXPECT_EQ(strings, 1u);
-  EXPECT_EQ(arrayClasses, 1u);
+  EXPECT_EQ(
+      at(shared0->objectForKey(u"$class")).dictionary()->objectForKey(u"$classes"),
+      Value(Array::create({Value(u"NSMutableArray"), Value(u"NSArray"), Value(u"NSObject")})));
+  EXPECT_EQ(at((*refs)[2]).dictionary()->objectForKey(u"$class"), shared0->objectForKey(u"$class"))
+      << "one class entry for every object of the class";
   // A Coding object's fields: plain numbers and booleans, geometry as strings, nil as $null.
   auto fields = at((*refs)[5]).dictionary();
   EXPECT_EQ(fields->objectForKey(u"count"), Value(3));
@@ -218,70 +233,43 @@ TEST(KeyedArchiver, WritesTheKeyedArchiveLayout) {
             Value(u"TestNode"));
 }
 
-TEST(KeyedArchiver, PlistutilReadsTheArchive) {
-  if (std::system("command -v plistutil >/dev/null 2>&1") != 0)
-    GTEST_SKIP() << "plistutil is not installed";
-  Data data = KeyedArchiver::archivedDataWithRootObject(Value(node(u"readable")));
-  auto dir = std::filesystem::temp_directory_path() / ("vl_archive_" + std::to_string(getpid()));
-  std::filesystem::create_directories(dir);
-  std::ofstream(dir / "a.archive", std::ios::binary)
-      .write(reinterpret_cast<const char *>(data.bytes()), std::streamsize(data.length()));
-  std::string command = "plistutil -i '" + (dir / "a.archive").string() + "' -o '" +
-                        (dir / "a.xml").string() + "' 2>/dev/null";
-  EXPECT_EQ(std::system(command.c_str()), 0);
-  std::ifstream in(dir / "a.xml");
-  std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  EXPECT_NE(xml.find("NSKeyedArchiver"), std::string::npos);
-  EXPECT_NE(xml.find("CF$UID"), std::string::npos);
-  // And the XML form decodes as well as the binary one.
-  auto back = unarchive(Data::fromString(xml)).as<Node>();
-  ASSERT_TRUE(back);
-  EXPECT_EQ(back->name, u"readable");
-  std::filesystem::remove_all(dir);
-}
-
-TEST(KeyedArchiver, CodingObjectsRoundTripWithEveryFieldKind) {
-  auto n = node(u"full");
-  n->count = -12;
-  n->small = -7;
-  n->weight = 0.1;
-  n->ratio = 1.5f;
-  n->flag = true;
-  n->size = MakeSize(612, 792);
-  n->point = MakePoint(-3.25, 4);
-  n->rect = MakeRect(1.5, 2, 300, 400.75);
-  auto back = archiveAndBack(Value(n)).as<Node>();
-  ASSERT_TRUE(back);
-  EXPECT_EQ(back->name, u"full");
-  EXPECT_EQ(back->count, -12);
-  EXPECT_EQ(back->small, -7);
-  EXPECT_EQ(back->weight, 0.1);
-  EXPECT_EQ(back->ratio, 1.5f);
-  EXPECT_TRUE(back->flag);
-  EXPECT_EQ(back->size, MakeSize(612, 792));
-  EXPECT_EQ(back->point, MakePoint(-3.25, 4));
-  EXPECT_EQ(back->rect, MakeRect(1.5, 2, 300, 400.75));
-  EXPECT_EQ(back->nextNode(), nullptr);
-}
-
-TEST(KeyedArchiver, RingsAndSharedObjectsKeepTheirIdentity) {
+TEST(KeyedArchiver, RingsSharedObjectsAndEveryFieldKindRoundTrip) {
   auto a = node(u"a"), b = node(u"b"), c = node(u"c");
   a->next = b;
   b->next = a; // a ring of two
   c->next = c; // a style whose next style is itself
-  auto root = Array::create({Value(a), Value(b), Value(a), Value(c)});
-  Data data = KeyedArchiver::archivedDataWithRootObject(Value(root));
-  int before = Node::made;
-  auto back = unarchive(data).array();
-  ASSERT_TRUE(back);
-  EXPECT_EQ(Node::made - before, 3);
-  auto a2 = (*back)[0].as<Node>(), b2 = (*back)[1].as<Node>(), c2 = (*back)[3].as<Node>();
-  ASSERT_TRUE(a2 && b2 && c2);
-  EXPECT_EQ(a2->name, u"a");
-  EXPECT_EQ(a2->nextNode(), b2);
-  EXPECT_EQ(b2->nextNode(), a2);
-  EXPECT_EQ((*back)[2].object(), a2);
-  EXPECT_EQ(c2->nextNode(), c2);
+  a->count = -12;
+  a->small = -7;
+  a->weight = 0.1;
+  a->ratio = 1.5f;
+  a->flag = true;
+  a->size = MakeSize(612, 792);
+  a->point = MakePoint(-3.25, 4);
+  a->rect = MakeRect(1.5, 2, 300, 400.75);
+  Data data = KeyedArchiver::archivedDataWithRootObject(
+      Value(Array::create({Value(a), Value(b), Value(a), Value(c)})));
+
+  // Another tool reads the archive (plistutil, installed with the dependencies), and the XML
+  // form it prints decodes as well as the binary one.
+  std::optional<Data> printed = plistutilXML(data);
+  Data xml = printed ? *printed
+                     : PropertyListSerialization::dataWithPropertyList(
+                           PropertyListSerialization::propertyListWithData(data),
+                           PropertyListXMLFormat_v1_0);
+  EXPECT_NE(std::string(xml.view()).find("CF$UID"), std::string::npos);
+  for (const Data &form : {data, xml}) {
+    int before = Node::made;
+    auto back = unarchive(form).array();
+    ASSERT_TRUE(back);
+    EXPECT_EQ(Node::made - before, 3);
+    auto a2 = (*back)[0].as<Node>(), b2 = (*back)[1].as<Node>(), c2 = (*back)[3].as<Node>();
+    ASSERT_TRUE(a2 && b2 && c2);
+    EXPECT_EQ(a2->nextNode(), b2);
+    EXPECT_EQ(b2->nextNode(), a2);
+    EXPECT_EQ((*back)[2].object(), a2);
+    EXPECT_EQ(c2->nextNode(), c2);
+    EXPECT_TRUE(a2->fields() == a->fields());
+  }
 }
 
 TEST(KeyedArchiver, MissingAndMistypedKeysDecodeAsNothing) {
@@ -296,23 +284,16 @@ TEST(KeyedArchiver, MissingAndMistypedKeysDecodeAsNothing) {
                         {u"$class", uid(2)}});
   auto back = unarchive(handMade({fields, classEntry(u"TestNode")})).as<Node>();
   ASSERT_TRUE(back);
-  EXPECT_EQ(back->count, 0);
-  EXPECT_FALSE(back->flag);
-  EXPECT_EQ(back->weight, 0.0);
-  EXPECT_EQ(back->size, Size());
-  EXPECT_EQ(back->name, u"");
-  EXPECT_EQ(back->small, INT32_MAX);
-  EXPECT_EQ(back->ratio, -std::numeric_limits<float>::infinity());
-  EXPECT_EQ(back->rect, Rect());
+  Node expected;
+  expected.small = INT32_MAX;
+  expected.ratio = -std::numeric_limits<float>::infinity();
+  EXPECT_TRUE(back->fields() == expected.fields());
   EXPECT_EQ(back->nextNode(), nullptr);
 }
 
 TEST(KeyedArchiver, ObjectsWithoutCodingAreArchivedAsNilWithAWarning) {
   std::vector<std::string> warnings;
-  LogSink previous = setLogSink([&](LogLevel level, std::string_view message) {
-    if (level == LogLevel::Warning)
-      warnings.emplace_back(message);
-  });
+  LogSink previous = setLogSink([&](LogLevel, std::string_view m) { warnings.emplace_back(m); });
   auto back =
       archiveAndBack(Value(Array::create({Value(std::make_shared<Object>()), Value(1)}))).array();
   setLogSink(previous);
@@ -419,7 +400,7 @@ TEST(KeyedArchiver, ClassesCanStopDecoding) {
   expectCorrupt(handMade({entry({{u"$class", uid(2)}}), classEntry(u"TestNotCoding")}));
 }
 
-TEST(KeyedArchiver, TruncatedAndRandomBytesFailCleanly) {
+TEST(KeyedArchiver, EveryTruncationFailsCleanly) {
   auto nodes = chain(3);
   nodes->lastObject().as<Node>()->next = nodes->firstObject().object();
   auto root = Dictionary::create({{u"nodes", Value(nodes)},
@@ -429,13 +410,4 @@ TEST(KeyedArchiver, TruncatedAndRandomBytesFailCleanly) {
   Data whole = KeyedArchiver::archivedDataWithRootObject(Value(root));
   for (size_t length = 0; length < whole.length(); ++length)
     expectCorrupt(Data(whole.bytes(), length));
-  std::mt19937 random(77);
-  for (int round = 0; round < 2000; ++round) {
-    std::vector<uint8_t> bytes = whole.toVector();
-    for (int i = 0; i < 3; ++i)
-      bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
-    ErrorPtr error;
-    Value v = unarchive(Data(std::move(bytes)), &error);
-    EXPECT_EQ(v.isNil(), error != nullptr);
-  }
 }

@@ -77,7 +77,6 @@ TEST(Pasteboard, PropertyListsCrossAsBytes) {
   EXPECT_NE(back.dictionary(), plist);
   EXPECT_TRUE(back.dictionary()->isEqual(*plist));
 
-  EXPECT_FALSE(pasteboard.setPropertyList(Value(), u"test.nil"));
   EXPECT_FALSE(pasteboard.setPropertyList(Value(std::make_shared<Object>()), u"test.object"));
   EXPECT_FALSE(pasteboard.dataForType(u"test.object"));
 

@@ -57,41 +57,8 @@ const NamedPattern parserConstants[] = {
     {"UNDERLINE_PATTERN", uR"re((_)([^<>_]+)(_))re"},
 };
 
-// Patterns the line parser, the title page reader, the writer and the list templates use
-// inline.
-const NamedPattern inlinePatterns[] = {
-    {"leading white space", uR"re(^\s*)re"},
-    {"data-free directive", uR"re(^([^\t\s][^:]+):([\t\s]*$))re"},
-    {"inline directive", uR"re(^([^\t\s][^:]+):\s*([^\t\s].*$))re"},
-    {"blank line", uR"re(^\s*$)re"},
-    {"boneyard start", uR"re(^\/\*)re"},
-    {"boneyard end", uR"re(\*\/\s*$)re"},
-    {"page break", uR"re(^={3,}\s*$)re"},
-    {"synopsis mark", uR"re(^\s*={1})re"},
-    {"note", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"},
-    {"section marks", uR"re(^\s*#+)re"},
-    {"scene number", uR"re(#([^\n#]*?)#\s*$)re"},
-    {"scene heading", uR"re(^(INT|EXT|EST|I\/??E)[\.\-\s])re"},
-    {"capitals", uR"re(^[^a-z]+$)re"},
-    {"dual mark", uR"re(\s*\^\s*$)re"},
-    {"dual mark at end", uR"re(\s*\^$)re"},
-    {"parenthetical start", uR"re(^\s*\()re"},
-    {"leading line feeds", uR"re(^\n+)re"},
-    {"trailing line feeds", uR"re(\n+$)re"},
-    {"tags", uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re"},
-    {"centred text", uR"re((>?)\s*([^<>\n]*)\s*(<?))re"},
-    {"forcing period", uR"re(^\.?(.+))re"},
-    {"only blanks", uR"re(^[\s\n\t]*$)re"},
-    {"trailing space", uR"re([ ]$)re"},
-    {"list placeholder",
-     uR"re(\{\{\s*([A-Za-z0-9_\.]+)\s*\|*\s*(linkOfType:\s*"(https?:\/\/)?([\da-z\.-]+)\.([a-z\.]{2,6})([\/\w \.-]*)*\/?")?\s*\}\})re"},
-};
-
 std::u16string_view constant(std::string_view name) {
   for (const auto &entry : parserConstants)
-    if (entry.name == name)
-      return entry.pattern;
-  for (const auto &entry : inlinePatterns)
     if (entry.name == name)
       return entry.pattern;
   ADD_FAILURE() << "no pattern " << name;
@@ -113,11 +80,6 @@ TEST(RegularExpressionPatterns, EveryParserConstantCompiles) {
         << name << ": " << describe(error);
     EXPECT_TRUE(isRegexValid(pattern, RKLCaseless)) << name;
   }
-  for (const auto &[name, pattern] : inlinePatterns) {
-    ErrorPtr error;
-    EXPECT_TRUE(RegularExpression::cached(pattern, RegularExpressionNoOptions, &error))
-        << name << ": " << describe(error);
-  }
 }
 
 TEST(RegularExpressionPatterns, AnchorsBindToTheWholeStringWithoutOptions) {
@@ -126,70 +88,12 @@ TEST(RegularExpressionPatterns, AnchorsBindToTheWholeStringWithoutOptions) {
   EXPECT_TRUE(isMatchedByRegex(u"action\nINT. HOUSE", uR"(^INT)", RKLMultiline));
   EXPECT_FALSE(isMatchedByRegex(u"a\nb", u"a.b"));
   EXPECT_TRUE(isMatchedByRegex(u"a\nb", u"a.b", RKLDotAll));
-}
-
-TEST(RegularExpressionPatterns, SceneHeadingsAndNumbers) {
-  std::u16string_view heading = uR"re(^(INT|EXT|EST|I\/??E)[\.\-\s])re";
-  EXPECT_TRUE(isMatchedByRegex(u"int. house - day", heading, RKLCaseless));
-  EXPECT_TRUE(isMatchedByRegex(u"I/E CAR", heading, RKLCaseless));
-  EXPECT_TRUE(isMatchedByRegex(u"IE-CAR", heading, RKLCaseless));
-  EXPECT_FALSE(isMatchedByRegex(u"int. house - day", heading));
-  EXPECT_FALSE(isMatchedByRegex(u"INTERIOR", heading, RKLCaseless));
-
-  std::u16string line = u"INT. HOUSE - DAY #12A#  ";
-  std::u16string_view number = uR"re(#([^\n#]*?)#\s*$)re";
-  EXPECT_EQ(stringByMatching(line, number, 1), u"12A");
-  EXPECT_EQ(rangeOfRegex(line, number), (Range{17, 7}));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(line, number, u""), u"INT. HOUSE - DAY ");
-
-  auto parts = captureComponentsMatchedByRegex(u"EXT. PARK #4.1)#",
-                                               constant("SCENE_NUMBER_PATTERN"), RKLCaseless);
-  ASSERT_EQ(parts.size(), 3u);
-  EXPECT_EQ(parts[1], u"#4.1)#");
-  EXPECT_EQ(parts[2], u"4.1)");
-}
-
-TEST(RegularExpressionPatterns, TitlePageDirectives) {
-  std::u16string_view dataFree = uR"re(^([^\t\s][^:]+):([\t\s]*$))re";
-  std::u16string_view inlineDirective = uR"re(^([^\t\s][^:]+):\s*([^\t\s].*$))re";
-  EXPECT_TRUE(isMatchedByRegex(u"Author:", dataFree));
-  EXPECT_TRUE(isMatchedByRegex(u"Draft date:\t ", dataFree));
-  EXPECT_FALSE(isMatchedByRegex(u"Title: Big Fish", dataFree));
-  EXPECT_EQ(captureComponentsMatchedByRegex(u"Title: Big Fish", inlineDirective),
-            (std::vector<std::u16string>{u"Title: Big Fish", u"Title", u"Big Fish"}));
-  EXPECT_EQ(stringByMatching(u"Author(s): John", inlineDirective, 1), u"Author(s)");
-  EXPECT_FALSE(isMatchedByRegex(u"  indented: no", inlineDirective));
-  // FADE IN: alone is a data-free directive: the reader then keeps it in the body.
-  EXPECT_TRUE(isMatchedByRegex(u"FADE IN:", dataFree));
-
-  std::u16string_view data = constant("MULTI_LINE_DATA_PATTERN");
-  EXPECT_EQ(stringByMatching(u"    Jane Doe", data, 2), u"Jane Doe");
-  EXPECT_EQ(stringByMatching(u"\tJane Doe", data, 2), u"Jane Doe");
-  EXPECT_EQ(stringByMatching(u" Jane Doe", data, 2), std::nullopt);
-}
-
-TEST(RegularExpressionPatterns, LineRules) {
-  EXPECT_TRUE(isMatchedByRegex(u"  [[ a note ]]  ", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"[[]]", uR"re(^\s*\[{2}\s*([^\]\n])+\s*\]{2}\s*$)re"));
-  // Section depth is the length of the whole mark, leading blanks included.
-  EXPECT_EQ(rangeOfRegex(u"  # Act", uR"re(^\s*#+)re"), (Range{0, 3}));
-  EXPECT_TRUE(isMatchedByRegex(u"====  ", uR"re(^={3,}\s*$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"== =", uR"re(^={3,}\s*$)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"BOB ^", uR"re(\^\s*$)re"));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"BOB ^ ", uR"re(\s*\^\s*$)re", u""), u"BOB");
-  EXPECT_TRUE(isMatchedByRegex(u"MR. SMITH (V.O.)", uR"re(^[^a-z]+$)re"));
-  EXPECT_FALSE(isMatchedByRegex(u"Mr. Smith", uR"re(^[^a-z]+$)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"/* start", uR"re(^\/\*)re"));
-  EXPECT_TRUE(isMatchedByRegex(u"words */ ", uR"re(\*\/\s*$)re"));
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"\n\n\nText", uR"re(^\n+)re", u""), u"Text");
-  // Without AnchorsMatchLines "$" matches only before a final line end.
+  // "$" also matches before a final line end.
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"a\n\nb\n\n", uR"re(\n+$)re", u""), u"a\n\nb");
-  EXPECT_EQ(stringByMatching(u".INT. BACK YARD", uR"re(^\.?(.+))re", 1), u"INT. BACK YARD");
-  EXPECT_EQ(stringByMatching(u"> THE END <", uR"re((>?)\s*([^<>\n]*)\s*(<?))re", 2), u"THE END ");
 }
 
-TEST(RegularExpressionPatterns, RewritePipelineTemplates) {
-  // The rewriting parser's passes: real line feeds in templates, "$n" captures.
+TEST(RegularExpressionPatterns, TheParsersTemplatesFillInTheirCaptures) {
+  // Real line feeds in templates, "$n" captures, groups past the ninth.
   std::u16string text = u"\n\n/* hidden\nstuff */\n\nINT. HOUSE - DAY\n\n";
   replaceOccurrencesOfRegex(text, constant("BLOCK_COMMENT_PATTERN"),
                             u"\n<Boneyard>$1</Boneyard>\n");
@@ -197,43 +101,20 @@ TEST(RegularExpressionPatterns, RewritePipelineTemplates) {
   replaceOccurrencesOfRegex(text, constant("SCENE_HEADER_PATTERN"),
                             u"\n<SceneHeading>$1</SceneHeading>");
   EXPECT_NE(text.find(u"<SceneHeading>INT. HOUSE - DAY</SceneHeading>"), std::u16string::npos);
-
   std::u16string dialogue = u"<Character>BOB</Character>\nHello there.\n\n";
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(dialogue, constant("DIALOGUE_PATTERN"),
                                                 u"$1<Dialogue>$4</Dialogue>"),
             u"<Character>BOB</Character><Dialogue>\nHello there.</Dialogue>\n\n");
 
-  auto tags =
-      arrayOfCaptureComponentsMatchedByRegex(u"<Action>Hi</Action><Transition>CUT TO:</Transition>",
-                                             uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re");
+  std::u16string_view tag = uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re";
+  auto tags = arrayOfCaptureComponentsMatchedByRegex(
+      u"<Action>Hi</Action><Transition>CUT TO:</Transition>", tag);
   ASSERT_EQ(tags.size(), 2u);
   EXPECT_EQ(tags[0][1], u"Action");
   EXPECT_EQ(tags[1][2], u"CUT TO:");
-  EXPECT_EQ(componentsMatchedByRegex(u"<A>x</A><B>y</B>",
-                                     uR"re(<([a-zA-Z\s]+)>([^<>]*)<\/[a-zA-Z\s]+>)re", 1),
+  EXPECT_EQ(componentsMatchedByRegex(u"<A>x</A><B>y</B>", tag, 1),
             (std::vector<std::u16string>{u"A", u"B"}));
-
-  EXPECT_TRUE(isMatchedByRegex(u"\nFADE OUT.\n", constant("TRANSITION_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"\n**SMASH CUT TO:**\n", constant("TRANSITION_PATTERN")));
-  EXPECT_FALSE(isMatchedByRegex(u"\nWalk to:\n", constant("TRANSITION_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"Title: A\nAuthor: B\n\n", constant("TITLE_PAGE_PATTERN")));
-  // The escaped asterisk is not italic.
-  EXPECT_FALSE(isMatchedByRegex(u"\\*not italic*", constant("ITALIC_PATTERN")));
-  EXPECT_TRUE(isMatchedByRegex(u"an *italic* word", constant("ITALIC_PATTERN")));
-}
-
-TEST(RegularExpressionPatterns, ListTemplatePlaceholder) {
-  auto re = RegularExpression::cached(constant("list placeholder"));
-  ASSERT_TRUE(re);
-  std::u16string templ =
-      u"{{ item.title }} by {{item.author|linkOfType:\"http://example.com/person\"}}";
-  auto matches = re->matchesInString(templ);
-  ASSERT_EQ(matches.size(), 2u);
-  EXPECT_EQ(matches[0].substring(templ, 1), u"item.title");
-  EXPECT_EQ(matches[0].rangeAtIndex(2), notFound);
-  EXPECT_EQ(matches[1].substring(templ, 1), u"item.author");
-  EXPECT_EQ(matches[1].substring(templ, 3), u"http://");
-  EXPECT_EQ(matches[1].range().max(), templ.size());
+  EXPECT_EQ(stringByMatching(u"EXT. PARK #4.1)#", constant("SCENE_NUMBER_PATTERN"), 2), u"4.1)");
 }
 
 TEST(RegularExpressionMatching, CapturesAndGroupsThatDidNotTakePart) {
@@ -247,10 +128,7 @@ TEST(RegularExpressionMatching, CapturesAndGroupsThatDidNotTakePart) {
   EXPECT_EQ(m->rangeAtIndex(1), notFound);
   EXPECT_EQ(m->rangeAtIndex(2), (Range{2, 1}));
   EXPECT_EQ(m->rangeAtIndex(3), notFound);
-  EXPECT_EQ(m->rangeAtIndex(9), notFound);
-  EXPECT_EQ(m->substring(u"xxb", 3), u"");
   EXPECT_FALSE(re->firstMatchInString(u"xyz"));
-  EXPECT_EQ(re->rangeOfFirstMatchInString(u"xyz"), notFound);
   EXPECT_EQ(captureComponentsMatchedByRegex(u"b", u"(a)|(b)"),
             (std::vector<std::u16string>{u"b", u"", u"b"}));
   EXPECT_EQ(stringByMatching(u"b", u"(a)|(b)", 1), std::nullopt);
@@ -286,7 +164,6 @@ TEST(RegularExpressionMatching, SearchRange) {
   // A range past the end is clipped; a range wholly past it finds nothing.
   EXPECT_EQ(re->numberOfMatchesInString(text, MatchingNoOptions, Range{8, 100}), 1u);
   EXPECT_EQ(re->numberOfMatchesInString(text, MatchingNoOptions, Range{50, NotFound}), 0u);
-  EXPECT_FALSE(isMatchedByRegex(text, u"cat", RKLNoOptions, Range{1, 10}));
 }
 
 TEST(RegularExpressionMatching, EnumerationAndStop) {
@@ -297,8 +174,6 @@ TEST(RegularExpressionMatching, EnumerationAndStop) {
     stop = seen.size() == 2;
   });
   EXPECT_EQ(seen, (std::vector<Range>{{0, 1}, {2, 2}}));
-  EXPECT_EQ(re->numberOfMatchesInString(u"1 22 333 4444"), 4u);
-  EXPECT_EQ(re->matchesInString(u"no digits").size(), 0u);
 
   // Empty matches are reported, and the search still moves on.
   EXPECT_EQ(RegularExpression::cached(u"x*")->numberOfMatchesInString(u"abc"), 4u);
@@ -310,14 +185,6 @@ TEST(RegularExpressionMatching, EnumerationAndStop) {
     inner += static_cast<int>(re->numberOfMatchesInString(u"7 8 9"));
   });
   EXPECT_EQ(inner, 6);
-
-  int calls = 0;
-  EXPECT_TRUE(enumerateStringsMatchedByRegex(u"a1b2", u"[a-z](\\d)",
-                                             [&](const TextCheckingResult &m, bool &) {
-                                               EXPECT_EQ(m.numberOfRanges(), 2u);
-                                               ++calls;
-                                             }));
-  EXPECT_EQ(calls, 2);
 }
 
 TEST(RegularExpressionOptionsTest, CompileOptions) {
@@ -325,23 +192,15 @@ TEST(RegularExpressionOptionsTest, CompileOptions) {
   EXPECT_TRUE(caseless->hasMatchInString(u"STRAßE"));
   auto lines = RegularExpression::create(u"^b$", RegularExpressionAnchorsMatchLines);
   EXPECT_TRUE(lines->hasMatchInString(u"a\nb\nc"));
-  EXPECT_FALSE(RegularExpression::create(u"^b$")->hasMatchInString(u"a\nb\nc"));
   auto dotAll = RegularExpression::create(u"a.c", RegularExpressionDotMatchesLineSeparators);
   EXPECT_TRUE(dotAll->hasMatchInString(u"a\nc"));
   auto literal = RegularExpression::create(u"a.c(", RegularExpressionIgnoreMetacharacters);
   ASSERT_TRUE(literal);
   EXPECT_FALSE(literal->hasMatchInString(u"abc("));
   EXPECT_TRUE(literal->hasMatchInString(u"xa.c(y"));
-  auto comments = RegularExpression::create(u"a b # a comment\n c",
-                                            RegularExpressionAllowCommentsAndWhitespace);
-  EXPECT_TRUE(comments->hasMatchInString(u"abc"));
   auto unixLines = RegularExpression::create(u"a.c", RegularExpressionUseUnixLineSeparators);
   EXPECT_TRUE(unixLines->hasMatchInString(u"a\rc"));
   EXPECT_FALSE(RegularExpression::create(u"a.c")->hasMatchInString(u"a\rc"));
-  EXPECT_EQ(RegularExpression::create(u"x", RegularExpressionCaseInsensitive |
-                                                RegularExpressionAnchorsMatchLines)
-                ->options(),
-            17u);
 }
 
 TEST(RegularExpressionReplacement, Templates) {
@@ -353,14 +212,11 @@ TEST(RegularExpressionReplacement, Templates) {
   // Digits after "$" continue the group number only while that group exists.
   EXPECT_EQ(re->stringByReplacingMatchesInString(u"bob@home", u"$12"), u"bob2");
   EXPECT_EQ(re->stringByReplacingMatchesInString(u"bob@home", u"[$9]"), u"[]");
-  EXPECT_EQ(re->stringByReplacingMatchesInString(u"bob@home", u"$ and $x"), u"$ and $x");
   // A group that did not take part gives nothing.
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"ac", u"a(b)?c", u"<$1>"), u"<>");
   // Only matches inside the range are replaced; the rest is kept.
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"a a a", u"a", u"b", RKLNoOptions, Range{1, 3}),
             u"a b a");
-  EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"ABC", u"b", u"x", RKLCaseless), u"AxC");
-  EXPECT_EQ(RegularExpression::escapedTemplateForString(u"$1 \\"), u"\\$1 \\\\");
   EXPECT_EQ(re->stringByReplacingMatchesInString(
                 u"bob@home", RegularExpression::escapedTemplateForString(u"$1 \\")),
             u"$1 \\");
@@ -369,8 +225,6 @@ TEST(RegularExpressionReplacement, Templates) {
 TEST(RegularExpressionReplacement, InPlaceAndPerResult) {
   std::u16string text = u"one two three";
   EXPECT_EQ(replaceOccurrencesOfRegex(text, u"(\\w)(\\w*)", u"$2$1"), 3u);
-  EXPECT_EQ(text, u"neo wot hreet");
-  EXPECT_EQ(replaceOccurrencesOfRegex(text, u"\\d", u"x"), 0u);
   EXPECT_EQ(text, u"neo wot hreet");
 
   auto re = RegularExpression::cached(u"(\\d+)");
@@ -387,11 +241,8 @@ TEST(RegularExpressionSplit, Components) {
   using Pieces = std::vector<std::u16string>;
   EXPECT_EQ(componentsSeparatedByRegex(u"a, b,c,", u",\\s*"), (Pieces{u"a", u"b", u"c", u""}));
   EXPECT_EQ(componentsSeparatedByRegex(u",a", u","), (Pieces{u"", u"a"}));
-  EXPECT_EQ(componentsSeparatedByRegex(u"abc", u","), (Pieces{u"abc"}));
   EXPECT_EQ(componentsSeparatedByRegex(u"", u","), (Pieces{u""}));
   EXPECT_EQ(componentsSeparatedByRegex(u"abc", u"x*"), (Pieces{u"abc"}));
-  EXPECT_EQ(componentsSeparatedByRegex(u"a\r\nb\rc\nd", uR"re(\r\n|\r|\n)re"),
-            (Pieces{u"a", u"b", u"c", u"d"}));
   EXPECT_EQ(componentsSeparatedByRegex(u"x1y2z", u"\\d", RKLNoOptions, Range{1, 3}),
             (Pieces{u"", u"y", u""}));
 }
@@ -402,13 +253,7 @@ TEST(RegularExpressionErrors, BadPatterns) {
   ASSERT_TRUE(error);
   EXPECT_EQ(error->domain(), CocoaErrorDomain);
   EXPECT_EQ(error->code(), FormattingError);
-  EXPECT_EQ(error->userInfo()->objectForKey(InvalidValueKey), Value(u"(unclosed"));
-  EXPECT_NE(error->localizedFailureReason().find(u"U_REGEX_MISMATCHED_PAREN"),
-            std::u16string::npos);
 
-  error = nullptr;
-  EXPECT_FALSE(RegularExpression::cached(u"a{2,1}", {}, &error));
-  EXPECT_TRUE(error);
   EXPECT_FALSE(RegularExpression::cached(u"[z-a]"));
 
   // The conveniences answer "nothing" and keep the string.
@@ -416,32 +261,24 @@ TEST(RegularExpressionErrors, BadPatterns) {
   EXPECT_FALSE(isMatchedByRegex(u"abc", u"(", RKLNoOptions, std::nullopt, &error));
   EXPECT_TRUE(error);
   EXPECT_EQ(rangeOfRegex(u"abc", u"("), notFound);
-  EXPECT_EQ(stringByMatching(u"abc", u"("), std::nullopt);
   EXPECT_EQ(stringByReplacingOccurrencesOfRegex(u"abc", u"(", u"x"), u"abc");
   EXPECT_TRUE(componentsSeparatedByRegex(u"abc", u"(").empty());
-  EXPECT_TRUE(captureComponentsMatchedByRegex(u"abc", u"(").empty());
   EXPECT_EQ(captureCountForRegex(u"("), -1);
   EXPECT_EQ(captureCountForRegex(u"(a)(?:b)(c)"), 2);
-  EXPECT_FALSE(
-      enumerateStringsMatchedByRegex(u"abc", u"(", [](const TextCheckingResult &, bool &) {}));
 }
 
 TEST(RegularExpressionCache, SharesCompiledPatterns) {
   auto a = RegularExpression::cached(u"sha+red");
-  auto b = RegularExpression::cached(std::u16string(u"sha+red"));
-  EXPECT_EQ(a.get(), b.get());
+  EXPECT_EQ(a.get(), RegularExpression::cached(std::u16string(u"sha+red")).get());
   auto caseless = RegularExpression::cached(u"sha+red", RegularExpressionCaseInsensitive);
-  EXPECT_NE(a.get(), caseless.get());
   EXPECT_TRUE(caseless->hasMatchInString(u"SHAARED"));
   // The conveniences' caseless option (2) is the platform's case-insensitive option (1).
   EXPECT_TRUE(isMatchedByRegex(u"SHARED", u"sha+red", RKLCaseless));
-  EXPECT_FALSE(isMatchedByRegex(u"SHARED", u"sha+red"));
 
   auto fresh = RegularExpression::regularExpressionWithPattern(u"sha+red");
   EXPECT_NE(fresh.get(), a.get());
   EXPECT_TRUE(fresh->isEqual(*a));
   EXPECT_FALSE(fresh->isEqual(*caseless));
-  EXPECT_EQ(fresh->hash(), a->hash());
 }
 
 TEST(RegularExpressionCache, ConcurrentSearchesOnOnePattern) {

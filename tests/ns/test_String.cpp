@@ -42,7 +42,6 @@ std::vector<std::u16string> words(std::u16string_view text) {
 TEST(StringCase, MapsWithFullRootLocaleMappings) {
   EXPECT_EQ(uppercaseString(u"straße ǆ"), u"STRASSE Ǆ");
   EXPECT_EQ(lowercaseString(u"ÀB İ"), u"àb i\u0307");
-  EXPECT_EQ(uppercaseString(u""), u"");
 }
 
 TEST(StringCase, CapitalizesEachWordAndLowersTheRest) {
@@ -69,9 +68,7 @@ TEST(StringSearch, FindsLiteralOccurrencesWithOptionsAndRange) {
   EXPECT_EQ(rangeOfString(text, u"bc", AnchoredSearch | BackwardsSearch), (Range{4, 2}));
   EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 5}), (Range{3, 3}));
   EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 4}).location, NotFound);
-  EXPECT_EQ(rangeOfString(text, u"ABC").location, NotFound);
   EXPECT_EQ(rangeOfString(text, u"").location, NotFound);
-  EXPECT_EQ(rangeOfString(text, u"a", 0, Range{9, 1}).location, NotFound);
   EXPECT_EQ(rangeOfString(text, u"c", 0, Range{5, 100}), (Range{5, 1}));
 }
 
@@ -86,21 +83,13 @@ TEST(StringSearch, CaselessSearchAnswersPositionsInTheOriginalText) {
   // A match never covers part of a character's folding.
   EXPECT_EQ(rangeOfString(u"Maß", u"s", CaseInsensitiveSearch).location, NotFound);
   EXPECT_EQ(rangeOfString(u"Hello", u"HE", CaseInsensitiveSearch | AnchoredSearch), (Range{0, 2}));
-  EXPECT_EQ(rangeOfString(u"Hello", u"LO", CaseInsensitiveSearch | AnchoredSearch).location,
-            NotFound);
-  EXPECT_EQ(
-      rangeOfString(u"xxHello", u"LO", CaseInsensitiveSearch | AnchoredSearch | BackwardsSearch),
-      (Range{5, 2}));
   EXPECT_EQ(rangeOfString(u"aXbX", u"x", CaseInsensitiveSearch, Range{2, 2}), (Range{3, 1}));
   EXPECT_EQ(rangeOfString(u"a😀b", u"B", CaseInsensitiveSearch), (Range{3, 1}));
 }
 
 TEST(StringSearch, PrefixesReplacingAndSplitting) {
-  EXPECT_TRUE(hasPrefix(u"INT. HOUSE", u"INT."));
   EXPECT_FALSE(hasPrefix(u"IN", u"INT"));
-  EXPECT_TRUE(hasSuffix(u"CUT TO:", u"TO:"));
   EXPECT_FALSE(hasSuffix(u"O:", u"TO:"));
-  EXPECT_TRUE(hasPrefix(u"x", u""));
   EXPECT_EQ(stringByReplacingOccurrencesOfString(u"a..b...", u"..", u"_"), u"a_b_.");
   EXPECT_EQ(stringByReplacingOccurrencesOfString(u"abc", u"", u"_"), u"abc");
   EXPECT_EQ(componentsSeparatedByString(u"a,b,,c", u","),
@@ -112,29 +101,25 @@ TEST(StringSearch, PrefixesReplacingAndSplitting) {
 }
 
 TEST(CharacterSet, NamedSetsHoldTheirCategories) {
-  const auto &blank = CharacterSet::whitespaceCharacterSet();
-  EXPECT_TRUE(blank.characterIsMember(u' '));
-  EXPECT_TRUE(blank.characterIsMember(u'\t'));
-  EXPECT_TRUE(blank.characterIsMember(0xA0));
-  EXPECT_TRUE(blank.characterIsMember(0x3000));
-  EXPECT_FALSE(blank.characterIsMember(u'\n'));
-  const auto &newline = CharacterSet::newlineCharacterSet();
-  for (char32_t c : {U'\n', U'\v', U'\f', U'\r', U'\u0085', U'\u2028', U'\u2029'}) {
-    EXPECT_TRUE(newline.characterIsMember(c));
-    EXPECT_TRUE(CharacterSet::whitespaceAndNewlineCharacterSet().characterIsMember(c));
+  // Each set with one member and one neighbour that is not.
+  const std::tuple<const CharacterSet &, char32_t, char32_t> sets[] = {
+      {CharacterSet::whitespaceCharacterSet(), 0x3000, u'\n'},
+      {CharacterSet::newlineCharacterSet(), 0x2028, u' '},
+      {CharacterSet::whitespaceAndNewlineCharacterSet(), 0x85, u'x'},
+      {CharacterSet::letterCharacterSet(), U'𝐀', u'1'},
+      {CharacterSet::alphanumericCharacterSet(), u'1', u'-'},
+      {CharacterSet::decimalDigitCharacterSet(), u'٣', u'½'},
+      {CharacterSet::punctuationCharacterSet(), u'«', u'a'},
+      {CharacterSet::uppercaseLetterCharacterSet(), u'Ä', u'ä'},
+      {CharacterSet::lowercaseLetterCharacterSet(), u'ä', u'Ä'},
+  };
+  for (const auto &[set, in, out] : sets) {
+    EXPECT_TRUE(set.characterIsMember(in)) << std::hex << uint32_t(in);
+    EXPECT_FALSE(set.characterIsMember(out)) << std::hex << uint32_t(out);
   }
-  EXPECT_FALSE(newline.characterIsMember(u' '));
-  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(u'é'));
-  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(u'中'));
-  EXPECT_TRUE(CharacterSet::letterCharacterSet().characterIsMember(U'𝐀'));
-  EXPECT_FALSE(CharacterSet::letterCharacterSet().characterIsMember(u'1'));
-  EXPECT_TRUE(CharacterSet::alphanumericCharacterSet().characterIsMember(u'1'));
-  EXPECT_TRUE(CharacterSet::decimalDigitCharacterSet().characterIsMember(u'٣'));
-  EXPECT_FALSE(CharacterSet::decimalDigitCharacterSet().characterIsMember(u'½'));
-  EXPECT_TRUE(CharacterSet::punctuationCharacterSet().characterIsMember(u'«'));
-  EXPECT_TRUE(CharacterSet::uppercaseLetterCharacterSet().characterIsMember(u'Ä'));
-  EXPECT_FALSE(CharacterSet::lowercaseLetterCharacterSet().characterIsMember(u'Ä'));
-  EXPECT_FALSE(blank.characterIsMember(0x110000));
+  for (char32_t c : {U'\v', U'\f', U'\r', U'\u2029'})
+    EXPECT_TRUE(CharacterSet::newlineCharacterSet().characterIsMember(c));
+  EXPECT_FALSE(CharacterSet::whitespaceCharacterSet().characterIsMember(0x110000));
 }
 
 TEST(CharacterSet, BuildsCombinesAndInverts) {
@@ -144,23 +129,14 @@ TEST(CharacterSet, BuildsCombinesAndInverts) {
   EXPECT_FALSE(set.characterIsMember(0xD83D)); // a surrogate alone is not the emoji
   CharacterSet inverted = set.invertedSet();
   EXPECT_FALSE(inverted.characterIsMember(u'a'));
-  EXPECT_TRUE(inverted.characterIsMember(u'b'));
-  EXPECT_TRUE(inverted.characterIsMember(0x10FFFF));
   set.formUnionWithCharacterSet(CharacterSet::characterSetWithRange(u'0', 10));
   EXPECT_TRUE(set.characterIsMember(u'9'));
   EXPECT_FALSE(set.characterIsMember(u':'));
   set.removeCharactersInString(u"a");
   EXPECT_FALSE(set.characterIsMember(u'a'));
   CharacterSet copy = set;
-  CharacterSet moved = std::move(set);
-  EXPECT_TRUE(moved.characterIsMember(u'9'));
-  EXPECT_FALSE(set.characterIsMember(u'9')); // NOLINT: a moved-from set is empty
   set.addCharactersInString(u"z");
-  EXPECT_TRUE(set.characterIsMember(u'z'));
-  moved = std::move(set);
-  EXPECT_TRUE(moved.characterIsMember(u'z'));
-  EXPECT_FALSE(set.characterIsMember(u'z')); // NOLINT
-  EXPECT_TRUE(copy.characterIsMember(u'-'));
+  EXPECT_FALSE(copy.characterIsMember(u'z')) << "copies are separate";
 }
 
 TEST(CharacterSet, TrimsWholeCodePointsAtBothEnds) {
@@ -176,32 +152,28 @@ TEST(CharacterSet, TrimsWholeCodePointsAtBothEnds) {
 static const std::u16string kParagraphs = u"ab\ncd\r\nef\rgh\u2029ij\u2028kl";
 
 TEST(StringParagraphs, ParagraphsEndAtEachKindOfTerminator) {
-  auto para = [](uint64_t location, uint64_t length) {
-    return paragraphRangeForRange(kParagraphs, Range{location, length});
+  const std::pair<Range, Range> cases[] = {
+      {{0, 0}, {0, 3}},
+      {{2, 0}, {0, 3}},
+      {{3, 0}, {3, 4}},   // CRLF is one terminator
+      {{6, 0}, {3, 4}},   // between CR and LF
+      {{5, 1}, {3, 4}},   // the CR alone
+      {{7, 0}, {7, 3}},   // lone CR
+      {{10, 0}, {10, 3}}, // U+2029
+      {{13, 0}, {13, 5}}, // U+2028 does not end a paragraph
+      {{18, 0}, {13, 5}}, // at the very end
+      {{50, 3}, {13, 5}}, // past the end: clamped
+      // Ranges ending after a terminator stay in their paragraph.
+      {{0, 3}, {0, 3}},
+      {{0, 4}, {0, 7}},
+      {{1, 5}, {0, 7}}, // ends between CR and LF
+      {{4, 3}, {3, 4}},
+      {{2, 11}, {0, 13}},
+      {{2, 12}, {0, 18}},
   };
-  EXPECT_EQ(para(0, 0), (Range{0, 3}));
-  EXPECT_EQ(para(2, 0), (Range{0, 3}));
-  EXPECT_EQ(para(3, 0), (Range{3, 4}));   // CRLF is one terminator
-  EXPECT_EQ(para(6, 0), (Range{3, 4}));   // between CR and LF
-  EXPECT_EQ(para(5, 1), (Range{3, 4}));   // the CR alone
-  EXPECT_EQ(para(7, 0), (Range{7, 3}));   // lone CR
-  EXPECT_EQ(para(10, 0), (Range{10, 3})); // U+2029
-  EXPECT_EQ(para(13, 0), (Range{13, 5})); // U+2028 does not end a paragraph
-  EXPECT_EQ(para(16, 1), (Range{13, 5}));
-  EXPECT_EQ(para(18, 0), (Range{13, 5})); // at the very end
-  EXPECT_EQ(para(50, 3), (Range{13, 5})); // past the end: clamped
-}
-
-TEST(StringParagraphs, RangesEndingAfterATerminatorStayInTheirParagraph) {
-  auto para = [](uint64_t location, uint64_t length) {
-    return paragraphRangeForRange(kParagraphs, Range{location, length});
-  };
-  EXPECT_EQ(para(0, 3), (Range{0, 3}));
-  EXPECT_EQ(para(0, 4), (Range{0, 7}));
-  EXPECT_EQ(para(1, 5), (Range{0, 7})); // ends between CR and LF
-  EXPECT_EQ(para(4, 3), (Range{3, 4}));
-  EXPECT_EQ(para(2, 11), (Range{0, 13}));
-  EXPECT_EQ(para(2, 12), (Range{0, 18}));
+  for (const auto &[range, expected] : cases)
+    EXPECT_EQ(paragraphRangeForRange(kParagraphs, range), expected)
+        << range.location << "," << range.length;
 }
 
 TEST(StringParagraphs, ReportsStartEndAndContentsEnd) {
@@ -210,12 +182,6 @@ TEST(StringParagraphs, ReportsStartEndAndContentsEnd) {
   EXPECT_EQ(start, 3u);
   EXPECT_EQ(end, 7u);
   EXPECT_EQ(contentsEnd, 5u);
-  getParagraphStart(kParagraphs, &start, &end, &contentsEnd, Range{14, 0});
-  EXPECT_EQ(start, 13u);
-  EXPECT_EQ(end, 18u);
-  EXPECT_EQ(contentsEnd, 18u);
-  getParagraphStart(kParagraphs, nullptr, &end, nullptr, Range{0, 1});
-  EXPECT_EQ(end, 3u);
 
   // After a final terminator there is an empty last paragraph.
   getParagraphStart(u"ab\n", &start, &end, &contentsEnd, Range{3, 0});
@@ -224,14 +190,12 @@ TEST(StringParagraphs, ReportsStartEndAndContentsEnd) {
   EXPECT_EQ(contentsEnd, 3u);
   EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{4, 0}), (Range{4, 0}));
   EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{2, 0}), (Range{0, 4}));
-  EXPECT_EQ(paragraphRangeForRange(u"", Range{0, 0}), (Range{0, 0}));
 }
 
 TEST(StringParagraphs, LinesAlsoEndAtLineSeparatorAndNextLine) {
   EXPECT_EQ(lineRangeForRange(kParagraphs, Range{13, 0}), (Range{13, 3}));
   EXPECT_EQ(lineRangeForRange(kParagraphs, Range{16, 0}), (Range{16, 2}));
   EXPECT_EQ(lineRangeForRange(kParagraphs, Range{14, 3}), (Range{13, 5}));
-  EXPECT_EQ(lineRangeForRange(kParagraphs, Range{6, 0}), (Range{3, 4}));
   EXPECT_EQ(lineRangeForRange(u"a\u0085b", Range{0, 0}), (Range{0, 2}));
   EXPECT_EQ(paragraphRangeForRange(u"a\u0085b", Range{0, 0}), (Range{0, 3}));
   uint64_t contentsEnd = 0;
@@ -277,7 +241,6 @@ TEST(StringEnumeration, WordsReportEnclosingRangesUpToTheNextWord) {
   EXPECT_EQ(bare[1].text, u"");
   EXPECT_EQ(bare[1].range, (Range{4, 3}));
   // A range cuts words at its edges.
-  EXPECT_EQ(words(u"Hello"), (std::vector<std::u16string>{u"Hello"}));
   EXPECT_EQ(pieces(u"Hello there", StringEnumerationByWords, Range{1, 6}),
             (std::vector<Piece>{{u"ello", {1, 4}, {1, 5}}, {u"t", {6, 1}, {6, 1}}}));
 }
@@ -327,21 +290,14 @@ TEST(StringWords, CountsWordsInAClippedRange) {
 
 TEST(StringWords, NextWordFromIndexMovesToWordEdges) {
   std::u16string text = u"Hello, world"; // H0 o4 ,5 ␠6 w7 d11
-  EXPECT_EQ(nextWordFromIndex(text, 0, true), 5u);
-  EXPECT_EQ(nextWordFromIndex(text, 3, true), 5u);
-  EXPECT_EQ(nextWordFromIndex(text, 5, true), 12u);
-  EXPECT_EQ(nextWordFromIndex(text, 7, true), 12u);
-  EXPECT_EQ(nextWordFromIndex(text, 12, true), 12u);
-  EXPECT_EQ(nextWordFromIndex(text, 99, true), 12u);
-  EXPECT_EQ(nextWordFromIndex(text, 12, false), 7u);
-  EXPECT_EQ(nextWordFromIndex(text, 9, false), 7u);
-  EXPECT_EQ(nextWordFromIndex(text, 7, false), 0u);
-  EXPECT_EQ(nextWordFromIndex(text, 5, false), 0u);
-  EXPECT_EQ(nextWordFromIndex(text, 0, false), 0u);
-  EXPECT_EQ(nextWordFromIndex(text, 99, false), 7u);
+  const std::tuple<uint64_t, bool, uint64_t> cases[] = {
+      {3, true, 5},  {5, true, 12}, {12, true, 12}, {99, true, 12}, {12, false, 7},
+      {9, false, 7}, {7, false, 0}, {0, false, 0},  {99, false, 7},
+  };
+  for (auto [index, forward, edge] : cases)
+    EXPECT_EQ(nextWordFromIndex(text, index, forward), edge) << index << forward;
   EXPECT_EQ(nextWordFromIndex(u"Hi!!", 2, true), 4u);
   EXPECT_EQ(nextWordFromIndex(u"  Hi", 2, false), 0u);
-  EXPECT_EQ(nextWordFromIndex(u"", 0, true), 0u);
   // Words cut by dictionary: the edges of the run, which its recount needs whole.
   std::u16string japanese = u"私は日本語を話します。はい";
   EXPECT_EQ(nextWordFromIndex(japanese, 3, true), 10u);
@@ -376,12 +332,9 @@ TEST(StringWords, LocalRecountsAroundEditsMatchAFullCount) {
 TEST(StringFormat, FormsUsedForNamesAndMeasures) {
   EXPECT_EQ(format(u"%@_%ld", u"Scene", 3), u"Scene_3");
   EXPECT_EQ(format(u"%2.1f pt", 12.0), u"12.0 pt");
-  EXPECT_EQ(format(u"%1.3f", 0.5), u"0.500");
   EXPECT_EQ(format(u"%2.2d:%2.2d:%2.2d", 1, 2, 33), u"01:02:33");
   EXPECT_EQ(format(u"#%2.2x%2.2x%2.2x", 255, 0, 16), u"#ff0010");
   EXPECT_EQ(format(u"%4.4x|%02d|%-5s|%5s", 255, 5, u"ab", u"cd"), u"00ff|05|ab   |   cd");
-  EXPECT_EQ(format(u"_%x_", 32), u"_20_");
-  EXPECT_EQ(format(u"%@-%d.%@", u"file", 2, u"txt"), u"file-2.txt");
   EXPECT_EQ(format(u"%%d is %d%%", 7), u"%d is 7%");
 }
 
@@ -399,7 +352,6 @@ TEST(StringFormat, IntegerConversionsTakeTheArgumentsValue) {
 }
 
 TEST(StringFormat, RealsCharactersAndStrings) {
-  EXPECT_EQ(format(u"%f", 2), u"2.000000");
   EXPECT_EQ(format(u"%e|%g|%g", 12345.0, 0.0001, 1e20), u"1.234500e+04|0.0001|1e+20");
   EXPECT_EQ(format(u"%.2f", u"3.14159"), u"3.14");
   EXPECT_EQ(format(u"%c%C%C", 65, u'é', char16_t{0x2029}), u"Aé\u2029");
@@ -411,11 +363,9 @@ TEST(StringFormat, RealsCharactersAndStrings) {
 
 TEST(StringFormat, MissingExtraAndPositionalArguments) {
   EXPECT_EQ(format(u"%@ %s %d %f|%C|"), u"(null) (null) 0 0.000000||");
-  EXPECT_EQ(format(u"%@", Value()), u"(null)");
   EXPECT_EQ(format(u"%d", 1, 2, 3), u"1");
   EXPECT_EQ(format(u"%2$@ %1$@ %2$@", u"a", u"b"), u"b a b");
   EXPECT_EQ(format(u"%*d|%-*d|", 4, 7, 3, 8), u"   7|8  |");
-  EXPECT_EQ(format(u"%p", Value()), u"0x0");
 }
 
 TEST(StringFormat, MalformedConversionsStayAsWritten) {
@@ -429,8 +379,6 @@ TEST(StringFormat, UUIDStringsAreFreshAndUpperCase) {
   std::u16string a = UUIDString(), b = UUIDString();
   ASSERT_EQ(a.size(), 36u);
   EXPECT_NE(a, b);
-  for (size_t i : {8, 13, 18, 23})
-    EXPECT_EQ(a[i], u'-');
   EXPECT_EQ(a[14], u'4'); // random, version 4
   EXPECT_EQ(a, uppercaseString(a));
 }

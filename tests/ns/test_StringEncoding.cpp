@@ -34,17 +34,9 @@ constexpr StringEncoding registry(uint32_t number) {
 
 TEST(StringEncodingTables, MacRomanHighHalf) {
   const std::pair<int, char16_t> known[] = {
-      {0x80, 0x00C4}, {0x81, 0x00C5}, {0x82, 0x00C7}, {0x83, 0x00C9}, {0x84, 0x00D1},
-      {0x85, 0x00D6}, {0x86, 0x00DC}, {0x87, 0x00E1}, {0x8E, 0x00E9}, {0x9F, 0x00FC},
-      {0xA0, 0x2020}, {0xA1, 0x00B0}, {0xA5, 0x2022}, {0xA8, 0x00AE}, {0xA9, 0x00A9},
-      {0xAA, 0x2122}, {0xAD, 0x2260}, {0xAE, 0x00C6}, {0xAF, 0x00D8}, {0xB0, 0x221E},
-      {0xB5, 0x00B5}, {0xBD, 0x03A9}, {0xC0, 0x00BF}, {0xC7, 0x00AB}, {0xC8, 0x00BB},
-      {0xC9, 0x2026}, {0xCA, 0x00A0}, {0xCE, 0x0152}, {0xCF, 0x0153}, {0xD0, 0x2013},
-      {0xD1, 0x2014}, {0xD2, 0x201C}, {0xD3, 0x201D}, {0xD4, 0x2018}, {0xD5, 0x2019},
-      {0xD6, 0x00F7}, {0xD7, 0x25CA}, {0xD8, 0x00FF}, {0xD9, 0x0178}, {0xDA, 0x2044},
-      {0xDB, 0x20AC}, {0xDE, 0xFB01}, {0xDF, 0xFB02}, {0xE0, 0x2021}, {0xE1, 0x00B7},
-      {0xE2, 0x201A}, {0xE3, 0x201E}, {0xE4, 0x2030}, {0xF0, 0xF8FF}, {0xF5, 0x0131},
-      {0xF6, 0x02C6}, {0xF7, 0x02DC}, {0xFF, 0x02C7},
+      {0x80, 0x00C4}, {0x8E, 0x00E9}, {0xA5, 0x2022}, {0xAA, 0x2122}, {0xC9, 0x2026},
+      {0xCA, 0x00A0}, {0xD0, 0x2013}, {0xD2, 0x201C}, {0xD5, 0x2019}, {0xDB, 0x20AC},
+      {0xDE, 0xFB01}, {0xF0, 0xF8FF}, {0xF5, 0x0131}, {0xFF, 0x02C7},
   };
   for (auto [byte, unit] : known) {
     EXPECT_EQ(characterForByte(static_cast<uint8_t>(byte), MacOSRomanStringEncoding), unit)
@@ -64,11 +56,8 @@ TEST(StringEncodingTables, MacRomanHighHalf) {
 
 TEST(StringEncodingTables, Symbol) {
   const std::pair<int, char16_t> known[] = {
-      {0x61, 0x03B1}, {0x41, 0x0391}, {0xA5, 0x221E}, {0xD6, 0x221A}, {0xB9, 0x2260},
-      {0x44, 0x0394}, {0x57, 0x03A9}, {0x70, 0x03C0}, {0x22, 0x2200}, {0x24, 0x2203},
-      {0xE5, 0x2211}, {0xF2, 0x222B}, {0xC6, 0x2205}, {0xAE, 0x2192}, {0xB4, 0x00D7},
-      {0xA3, 0x2264}, {0xB3, 0x2265}, {0xD5, 0x220F}, {0xB6, 0x2202}, {0x20, 0x0020},
-      {0x30, 0x0030}, {0x2D, 0x2212}, {0xD2, 0x00AE}, {0xA0, 0x20AC}, {0xF0, 0xF8FF},
+      {0x61, 0x03B1}, {0x41, 0x0391}, {0xA5, 0x221E}, {0xB9, 0x2260}, {0x22, 0x2200},
+      {0xE5, 0x2211}, {0xB4, 0x00D7}, {0x30, 0x0030}, {0x2D, 0x2212}, {0xA0, 0x20AC},
   };
   for (auto [byte, unit] : known)
     EXPECT_EQ(characterForByte(static_cast<uint8_t>(byte), SymbolStringEncoding), unit)
@@ -85,8 +74,6 @@ TEST(StringEncodingTables, Symbol) {
   EXPECT_EQ(characterForByte(0xFF, SymbolStringEncoding), std::nullopt);
   // Other spellings of the same signs encode to the same byte.
   EXPECT_EQ(byteForCharacter(0x00B5, SymbolStringEncoding), 0x6D); // micro sign
-  EXPECT_EQ(byteForCharacter(0x2126, SymbolStringEncoding), 0x57); // ohm
-  EXPECT_EQ(byteForCharacter(0xF8E8, SymbolStringEncoding), 0xE2); // sans-serif (R)
   EXPECT_EQ(byteForCharacter(0x00AE, SymbolStringEncoding), 0xD2); // the serif one wins
   EXPECT_EQ(byteForCharacter(u'a', SymbolStringEncoding), std::nullopt);
   EXPECT_EQ(decode(bytes({0x61, 0x2B, 0x62, 0xB9, 0x70}), SymbolStringEncoding),
@@ -96,26 +83,22 @@ TEST(StringEncodingTables, Symbol) {
 }
 
 TEST(StringEncodingTables, NEXTSTEPAndWindowsCodePages) {
-  EXPECT_EQ(characterForByte(0x80, NEXTSTEPStringEncoding), 0x00A0);
-  EXPECT_EQ(characterForByte(0x81, NEXTSTEPStringEncoding), 0x00C0);
-  EXPECT_EQ(characterForByte(0xAE, NEXTSTEPStringEncoding), 0xFB01);
-  EXPECT_EQ(characterForByte(0xD0, NEXTSTEPStringEncoding), 0x2014);
-  EXPECT_EQ(characterForByte(0xFB, NEXTSTEPStringEncoding), 0x00DF);
+  const std::tuple<int, StringEncoding, char16_t> known[] = {
+      {0x80, NEXTSTEPStringEncoding, 0x00A0},      {0xAE, NEXTSTEPStringEncoding, 0xFB01},
+      {0xD0, NEXTSTEPStringEncoding, 0x2014},      {0xFB, NEXTSTEPStringEncoding, 0x00DF},
+      {0x80, WindowsCP1252StringEncoding, 0x20AC}, {0x9F, WindowsCP1252StringEncoding, 0x0178},
+      {0xC0, WindowsCP1251StringEncoding, 0x0410}, {0xC1, WindowsCP1253StringEncoding, 0x0391},
+      {0xF0, WindowsCP1254StringEncoding, 0x011F}, {0xB9, WindowsCP1250StringEncoding, 0x0105},
+      {0x81, ISOLatin1StringEncoding, 0x0081},
+  };
+  for (auto [byte, encoding, unit] : known)
+    EXPECT_EQ(characterForByte(static_cast<uint8_t>(byte), encoding), unit) << encoding;
   EXPECT_EQ(characterForByte(0xFE, NEXTSTEPStringEncoding), std::nullopt);
-
-  EXPECT_EQ(characterForByte(0x80, WindowsCP1252StringEncoding), 0x20AC);
-  EXPECT_EQ(characterForByte(0x9F, WindowsCP1252StringEncoding), 0x0178);
-  EXPECT_EQ(characterForByte(0x93, WindowsCP1252StringEncoding), 0x201C);
   for (int hole : {0x81, 0x8D, 0x8F, 0x90, 0x9D})
     EXPECT_EQ(characterForByte(static_cast<uint8_t>(hole), WindowsCP1252StringEncoding),
               std::nullopt)
         << std::hex << hole;
   EXPECT_EQ(byteForCharacter(0x0081, WindowsCP1252StringEncoding), std::nullopt);
-  EXPECT_EQ(characterForByte(0xC0, WindowsCP1251StringEncoding), 0x0410);
-  EXPECT_EQ(characterForByte(0xC1, WindowsCP1253StringEncoding), 0x0391);
-  EXPECT_EQ(characterForByte(0xF0, WindowsCP1254StringEncoding), 0x011F);
-  EXPECT_EQ(characterForByte(0xB9, WindowsCP1250StringEncoding), 0x0105);
-  EXPECT_EQ(characterForByte(0x81, ISOLatin1StringEncoding), 0x0081);
   EXPECT_EQ(characterForByte(0x80, ASCIIStringEncoding), std::nullopt);
   // Multi-byte and Unicode encodings have no one-byte lookups.
   EXPECT_EQ(byteForCharacter(u'A', UTF8StringEncoding), std::nullopt);
@@ -131,10 +114,7 @@ TEST(StringEncodingDecode, StrictFailures) {
     ErrorPtr error;
     EXPECT_EQ(decode(bad, UTF8StringEncoding, &error), std::nullopt);
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), CocoaErrorDomain);
     EXPECT_EQ(error->code(), FileReadInapplicableStringEncodingError);
-    EXPECT_EQ(error->userInfo()->objectForKey(StringEncodingErrorKey).unsignedIntegerValue(),
-              UTF8StringEncoding);
   }
   EXPECT_EQ(decode(bytes({0x61, 0x81}), WindowsCP1252StringEncoding), std::nullopt);
   EXPECT_EQ(decode(bytes({0x61, 0x80}), WindowsCP1252StringEncoding), u"a\u20AC");
@@ -143,7 +123,6 @@ TEST(StringEncodingDecode, StrictFailures) {
   EXPECT_EQ(decode("abc", 999999), std::nullopt);
   // Nothing decodes to nothing.
   EXPECT_EQ(decode("", ShiftJISStringEncoding), u"");
-  EXPECT_EQ(decode("", MacOSRomanStringEncoding), u"");
 }
 
 TEST(StringEncodingDecode, MultiByteEncodings) {
@@ -164,7 +143,6 @@ TEST(StringEncodingEncode, StrictAndLossy) {
   EXPECT_EQ(encode(u"a\u20ACb", ASCIIStringEncoding, true), "a?b");
   EXPECT_EQ(encode(u"caf\u00E9 \u0105", MacOSRomanStringEncoding, true), "caf\x8E ?");
   EXPECT_EQ(encode(u"x\U0001F600y", WindowsCP1252StringEncoding, true), "x?y");
-  EXPECT_EQ(encode(u"\u20AC", WindowsCP1252StringEncoding), "\x80");
   EXPECT_EQ(encode(u"\u00E9\u3042", ShiftJISStringEncoding, true), "?\x82\xA0");
   EXPECT_EQ(encode(u"\u00E9", ShiftJISStringEncoding), std::nullopt);
   std::u16string lone = u"a";
@@ -173,18 +151,15 @@ TEST(StringEncodingEncode, StrictAndLossy) {
   EXPECT_EQ(encode(lone, UTF8StringEncoding), std::nullopt);
   EXPECT_EQ(encode(lone, UTF8StringEncoding, true), "a?b");
   EXPECT_EQ(encode(lone, UTF32LittleEndianStringEncoding), std::nullopt);
-  EXPECT_EQ(encode(u"\u00E9\U0001F600", UTF8StringEncoding), "\xC3\xA9\xF0\x9F\x98\x80");
   EXPECT_EQ(encode(u"", ShiftJISStringEncoding), "");
 }
 
 TEST(StringEncodingUnicode, ByteOrders) {
   EXPECT_EQ(encode(u"A\u00E9", UTF16StringEncoding), bytes({0xFF, 0xFE, 0x41, 0, 0xE9, 0}));
   EXPECT_EQ(encode(u"A", UTF16BigEndianStringEncoding), bytes({0, 0x41}));
-  EXPECT_EQ(encode(u"A", UTF16LittleEndianStringEncoding), bytes({0x41, 0}));
   EXPECT_EQ(encode(u"\U0001F600", UTF32BigEndianStringEncoding), bytes({0, 1, 0xF6, 0}));
   EXPECT_EQ(encode(u"A", UTF32StringEncoding), bytes({0xFF, 0xFE, 0, 0, 0x41, 0, 0, 0}));
 
-  EXPECT_EQ(decode(bytes({0xFE, 0xFF, 0, 0x41}), UTF16StringEncoding), u"A");
   EXPECT_EQ(decode(bytes({0xFF, 0xFE, 0x41, 0}), UTF16StringEncoding), u"A");
   EXPECT_EQ(decode(bytes({0, 0x41}), UTF16StringEncoding), u"A"); // no mark: big-endian
   EXPECT_EQ(decode(bytes({0xFF, 0xFE, 0x41, 0}), UTF16LittleEndianStringEncoding), u"\uFEFFA");
@@ -204,71 +179,54 @@ TEST(StringEncodingUnicode, ByteOrders) {
   }
 }
 
-TEST(StringEncodingDetection, StringWithData) {
+TEST(StringEncodingDetection, UTF8FirstThenPlainTextGuesses) {
   StringEncoding used = 0;
-  EXPECT_EQ(stringWithData(std::string("Caf\xC3\xA9"), &used), u"Caf\u00E9");
+  EXPECT_EQ(stringWithData(Data::fromString("\xEF\xBB\xBF"
+                                            "Caf\xC3\xA9"),
+                           &used),
+            u"Caf\u00E9");
   EXPECT_EQ(used, UTF8StringEncoding);
-  used = 0;
-  EXPECT_EQ(stringWithData(Data::fromString("\xEF\xBB\xBFTitle: X"), &used), u"Title: X");
-  EXPECT_EQ(used, UTF8StringEncoding);
-  used = 0;
-  EXPECT_EQ(stringWithData(std::string(""), &used), u"");
-  EXPECT_EQ(used, UTF8StringEncoding);
-
-  // Not UTF-8: the plain-text fallback decodes, and the encoding slot is left alone.
+  // Not UTF-8: the plain-text guess decodes, and the encoding slot is left alone.
   used = 77;
   EXPECT_EQ(stringWithData(std::string("Caf\xE9 \x93q\x94"), &used), u"Caf\u00E9 \u201Cq\u201D");
   EXPECT_EQ(used, 77u);
-  EXPECT_EQ(stringWithData(bytes({0xFF, 0xFE, 0x41, 0, 0x42, 0}), &used), u"AB");
-  EXPECT_EQ(used, 77u);
-  EXPECT_EQ(stringWithData(std::string("x\x81y"), nullptr), u"x\u00C5y");
-}
 
-TEST(StringEncodingDetection, PlainTextGuesses) {
-  StringEncoding used = 0;
-  EXPECT_EQ(decodePlainText(bytes({0xFE, 0xFF, 0, 0x41}), &used), u"A");
-  EXPECT_EQ(used, UTF16StringEncoding);
-  EXPECT_EQ(decodePlainText(bytes({0xFF, 0xFE, 0, 0, 0x41, 0, 0, 0}), &used), u"A");
-  EXPECT_EQ(used, UTF32StringEncoding);
-  // "FF FE 00 00" with a length that is no UTF-32 is UTF-16 text starting with U+0000.
-  EXPECT_EQ(decodePlainText(bytes({0xFF, 0xFE, 0, 0, 0x41, 0}), &used), std::u16string(u"\0A", 2));
-  EXPECT_EQ(used, UTF16StringEncoding);
-  EXPECT_EQ(decodePlainText(bytes({0x48, 0, 0x69, 0, 0x21, 0}), &used), u"Hi!");
-  EXPECT_EQ(used, UTF16LittleEndianStringEncoding);
-  EXPECT_EQ(decodePlainText(bytes({0, 0x48, 0, 0x69}), &used), u"Hi");
-  EXPECT_EQ(used, UTF16BigEndianStringEncoding);
-  EXPECT_EQ(decodePlainText("\xE2\x80\x9Cq\xE2\x80\x9D", &used), u"\u201Cq\u201D");
-  EXPECT_EQ(used, UTF8StringEncoding);
-  EXPECT_EQ(decodePlainText("\x93q\x94", &used), u"\u201Cq\u201D");
-  EXPECT_EQ(used, WindowsCP1252StringEncoding);
-  EXPECT_EQ(decodePlainText("\x8E\x81", &used), u"\u00E9\u00C5");
-  EXPECT_EQ(used, MacOSRomanStringEncoding);
+  const std::tuple<std::string, std::u16string, StringEncoding> guesses[] = {
+      {bytes({0xFE, 0xFF, 0, 0x41}), u"A", UTF16StringEncoding},
+      {bytes({0xFF, 0xFE, 0, 0, 0x41, 0, 0, 0}), u"A", UTF32StringEncoding},
+      // "FF FE 00 00" with a length that is no UTF-32 is UTF-16 text starting with U+0000.
+      {bytes({0xFF, 0xFE, 0, 0, 0x41, 0}), std::u16string(u"\0A", 2), UTF16StringEncoding},
+      {bytes({0x48, 0, 0x69, 0, 0x21, 0}), u"Hi!", UTF16LittleEndianStringEncoding},
+      {bytes({0, 0x48, 0, 0x69}), u"Hi", UTF16BigEndianStringEncoding},
+      {"\xE2\x80\x9Cq\xE2\x80\x9D", u"\u201Cq\u201D", UTF8StringEncoding},
+      {"\x93q\x94", u"\u201Cq\u201D", WindowsCP1252StringEncoding},
+      {"\x8E\x81", u"\u00E9\u00C5", MacOSRomanStringEncoding},
+  };
+  for (const auto &[data, text, encoding] : guesses) {
+    EXPECT_EQ(decodePlainText(data, &used), text) << encoding;
+    EXPECT_EQ(used, encoding);
+  }
 }
 
 TEST(StringEncodingNames, CharsetNames) {
-  EXPECT_EQ(encodingForIANACharSetName(u"UTF-8"), UTF8StringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"utf8"), UTF8StringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"windows-1252"), WindowsCP1252StringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"CP1252"), WindowsCP1252StringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"macintosh"), MacOSRomanStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"x-mac-roman"), MacOSRomanStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"Shift_JIS"), ShiftJISStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"sjis"), ShiftJISStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"latin1"), ISOLatin1StringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"us-ascii"), ASCIIStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"utf-16le"), UTF16LittleEndianStringEncoding);
-  EXPECT_EQ(encodingForIANACharSetName(u"ISO-8859-15"), registry(0x020F));
-  EXPECT_EQ(encodingForIANACharSetName(u"big5"), registry(0x0423));
-  EXPECT_EQ(encodingForIANACharSetName(u"symbol"), SymbolStringEncoding);
+  const std::pair<const char16_t *, StringEncoding> names[] = {
+      {u"utf8", UTF8StringEncoding},
+      {u"CP1252", WindowsCP1252StringEncoding},
+      {u"x-mac-roman", MacOSRomanStringEncoding},
+      {u"sjis", ShiftJISStringEncoding},
+      {u"latin1", ISOLatin1StringEncoding},
+      {u"utf-16le", UTF16LittleEndianStringEncoding},
+      {u"ISO-8859-15", registry(0x020F)},
+      {u"big5", registry(0x0423)},
+      {u"symbol", SymbolStringEncoding},
+  };
+  for (const auto &[name, encoding] : names)
+    EXPECT_EQ(encodingForIANACharSetName(name), encoding) << encoding;
   EXPECT_EQ(encodingForIANACharSetName(u"no-such-charset"), std::nullopt);
-  EXPECT_EQ(encodingForIANACharSetName(u""), std::nullopt);
-
+  // Each encoding has its preferred name.
   EXPECT_EQ(IANACharSetNameOfEncoding(UTF8StringEncoding), u"UTF-8");
-  EXPECT_EQ(IANACharSetNameOfEncoding(WindowsCP1252StringEncoding), u"windows-1252");
   EXPECT_EQ(IANACharSetNameOfEncoding(MacOSRomanStringEncoding), u"macintosh");
-  EXPECT_EQ(IANACharSetNameOfEncoding(ShiftJISStringEncoding), u"Shift_JIS");
   EXPECT_EQ(IANACharSetNameOfEncoding(424242), u"");
-  EXPECT_EQ(localizedNameOfStringEncoding(MacOSRomanStringEncoding), u"Western (Mac OS Roman)");
 }
 
 TEST(StringEncodingNames, WindowsCodePages) {

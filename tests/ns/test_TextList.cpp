@@ -8,109 +8,65 @@ using namespace vl::ns;
 
 namespace {
 
-std::u16string marker(std::u16string format, int64_t number) {
-  return TextList(std::move(format), 0).markerForItemNumber(number);
+// The markers of `numbers` in `format`, each followed by "|".
+std::u16string markers(std::u16string format, std::initializer_list<int64_t> numbers) {
+  TextList list(std::move(format), 0);
+  std::u16string out;
+  for (int64_t n : numbers)
+    out += list.markerForItemNumber(n) + u"|";
+  return out;
 }
 
 } // namespace
 
-TEST(TextList, DecimalOctalAndHexadecimal) {
-  EXPECT_EQ(marker(u"{decimal}", 0), u"0");
-  EXPECT_EQ(marker(u"{decimal}", 7), u"7");
-  EXPECT_EQ(marker(u"{decimal}", 1234567), u"1234567");
-  EXPECT_EQ(marker(u"{decimal}", -3), u"-3");
-  EXPECT_EQ(marker(u"{octal}", 8), u"10");
-  EXPECT_EQ(marker(u"{octal}", 0), u"0");
-  EXPECT_EQ(marker(u"{lower-hexadecimal}", 255), u"ff");
-  EXPECT_EQ(marker(u"{upper-hexadecimal}", 255), u"FF");
-  EXPECT_EQ(marker(u"{upper-hexadecimal}", 4096), u"1000");
-  EXPECT_EQ(marker(u"{lower-hexadecimal}", -26), u"-1a");
-}
-
-TEST(TextList, RomanNumeralsFromOneTo3999) {
-  EXPECT_EQ(marker(u"{lower-roman}", 1), u"i");
-  EXPECT_EQ(marker(u"{lower-roman}", 4), u"iv");
-  EXPECT_EQ(marker(u"{lower-roman}", 9), u"ix");
-  EXPECT_EQ(marker(u"{lower-roman}", 14), u"xiv");
-  EXPECT_EQ(marker(u"{lower-roman}", 26), u"xxvi");
-  EXPECT_EQ(marker(u"{lower-roman}", 27), u"xxvii");
-  EXPECT_EQ(marker(u"{upper-roman}", 1994), u"MCMXCIV");
-  EXPECT_EQ(marker(u"{upper-roman}", 3999), u"MMMCMXCIX");
-  EXPECT_EQ(marker(u"{upper-roman}", 0), u"0") << "no roman zero: decimal";
-  EXPECT_EQ(marker(u"{upper-roman}", 4000), u"4000");
-  EXPECT_EQ(marker(u"{lower-roman}", -2), u"-2");
-}
-
-TEST(TextList, LettersCountInBijectiveBase26) {
-  EXPECT_EQ(marker(u"{lower-alpha}", 1), u"a");
-  EXPECT_EQ(marker(u"{lower-alpha}", 26), u"z");
-  EXPECT_EQ(marker(u"{lower-alpha}", 27), u"aa");
-  EXPECT_EQ(marker(u"{lower-alpha}", 28), u"ab");
-  EXPECT_EQ(marker(u"{lower-alpha}", 52), u"az");
-  EXPECT_EQ(marker(u"{lower-alpha}", 53), u"ba");
-  EXPECT_EQ(marker(u"{lower-alpha}", 702), u"zz");
-  EXPECT_EQ(marker(u"{lower-alpha}", 703), u"aaa");
-  EXPECT_EQ(marker(u"{lower-latin}", 3999), u"ewu");
-  EXPECT_EQ(marker(u"{upper-alpha}", 27), u"AA");
-  EXPECT_EQ(marker(u"{upper-latin}", 3), u"C");
-  EXPECT_EQ(marker(u"{lower-alpha}", 0), u"0") << "no letter for zero: decimal";
-  EXPECT_EQ(marker(u"{upper-alpha}", INT64_MAX).size(), 14u) << "the largest number still works";
-}
-
-TEST(TextList, BulletsAreTheSameForEveryItem) {
-  const std::pair<const char16_t *, char16_t> bullets[] = {
-      {u"{disc}", u'\u2022'},   {u"{circle}", u'\u25E6'}, {u"{square}", u'\u25AA'},
-      {u"{hyphen}", u'\u2043'}, {u"{box}", u'\u25AB'},    {u"{check}", u'\u2713'},
-      {u"{diamond}", u'\u25C6'}};
-  for (const auto &[format, bullet] : bullets) {
-    EXPECT_EQ(marker(format, 1), std::u16string(1, bullet))
-        << "format " << static_cast<int>(format[1]);
-    EXPECT_EQ(marker(format, 0), marker(format, 99));
-  }
-}
-
-TEST(TextList, TextAroundTheKeywordIsKept) {
-  EXPECT_EQ(marker(u"({decimal})", 3), u"(3)");
-  EXPECT_EQ(marker(u"{decimal}.", 12), u"12.");
-  EXPECT_EQ(marker(u"Chapter {upper-roman}:", 4), u"Chapter IV:");
-  EXPECT_EQ(marker(u"{disc} ", 1), u"\u2022 ");
-  EXPECT_EQ(marker(u"{decimal}-{decimal}", 2), u"2-{decimal}") << "only the first keyword";
-}
-
-TEST(TextList, FormatsWithoutAKnownKeyword) {
-  EXPECT_EQ(marker(u"*", 5), u"*") << "no braces: the format is the marker";
-  EXPECT_EQ(marker(u"", 5), u"");
-  EXPECT_EQ(marker(u"<{nonsense}>", 5), u"<>") << "unknown keyword: prefix and suffix";
-  EXPECT_EQ(marker(u"[{Decimal}]", 5), u"[]") << "keywords match exactly";
-  EXPECT_EQ(marker(u"<{decimal", 5), u"<") << "unclosed brace: the prefix";
-  EXPECT_EQ(marker(u"{}", 5), u"");
-  EXPECT_EQ(markerForKeyword(u"decimal", 5), u"5");
+TEST(TextList, MarkersForEveryKeyword) {
+  EXPECT_EQ(markers(u"{decimal}", {1234567, -3}), u"1234567|-3|");
+  EXPECT_EQ(markers(u"{octal}", {8}), u"10|");
+  EXPECT_EQ(markers(u"{lower-hexadecimal}", {255, -26}), u"ff|-1a|");
+  EXPECT_EQ(markers(u"{upper-hexadecimal}", {4096, 255}), u"1000|FF|");
+  // Roman numerals run from 1 to 3999; other numbers are written in decimal.
+  EXPECT_EQ(markers(u"{lower-roman}", {4, 9, 27, -2}), u"iv|ix|xxvii|-2|");
+  EXPECT_EQ(markers(u"{upper-roman}", {1994, 3999, 0, 4000}), u"MCMXCIV|MMMCMXCIX|0|4000|");
+  // Letters count in bijective base 26.
+  EXPECT_EQ(markers(u"{lower-alpha}", {26, 27, 52, 53, 702, 703, 0}), u"z|aa|az|ba|zz|aaa|0|");
+  EXPECT_EQ(markers(u"{lower-latin}", {3999}), u"ewu|");
+  EXPECT_EQ(markers(u"{upper-alpha}", {27}), u"AA|");
+  EXPECT_EQ(markers(u"{upper-latin}", {3}), u"C|");
+  EXPECT_EQ(markers(u"{upper-alpha}", {INT64_MAX}).size(), 15u);
+  // Bullets are the same for every item.
+  EXPECT_EQ(markers(u"{disc}", {0, 5}), u"\u2022|\u2022|");
+  EXPECT_EQ(markers(u"{circle}", {5}), u"\u25E6|");
+  EXPECT_EQ(markers(u"{square}", {5}), u"\u25AA|");
+  EXPECT_EQ(markers(u"{hyphen}", {5}), u"\u2043|");
+  EXPECT_EQ(markers(u"{box}", {5}), u"\u25AB|");
+  EXPECT_EQ(markers(u"{check}", {5}), u"\u2713|");
+  EXPECT_EQ(markers(u"{diamond}", {5}), u"\u25C6|");
+  // The text around the keyword is kept; only the first keyword counts.
+  EXPECT_EQ(markers(u"Chapter {upper-roman}:", {4}), u"Chapter IV:|");
+  EXPECT_EQ(markers(u"{decimal}-{decimal}", {2}), u"2-{decimal}|");
+  // Without a known keyword: the format itself, or what lies around the braces.
+  EXPECT_EQ(markers(u"*", {5}), u"*|");
+  EXPECT_EQ(markers(u"<{nonsense}>", {5}), u"<>|");
+  EXPECT_EQ(markers(u"[{Decimal}]", {5}), u"[]|");
+  EXPECT_EQ(markers(u"<{decimal", {5}), u"<|");
+  EXPECT_EQ(markers(u"{}", {5}), u"|");
   EXPECT_EQ(markerForKeyword(u"bogus", 5), std::nullopt);
 }
 
-TEST(TextList, ComparesByFormatOptionsAndStart) {
-  TextList a(u"{decimal}.", 0);
-  EXPECT_TRUE(a.isEqual(TextList(u"{decimal}.", 0)));
-  EXPECT_EQ(a.hash(), TextList(u"{decimal}.", 0).hash());
-  EXPECT_FALSE(a.isEqual(TextList(u"{decimal}", 0)));
-  EXPECT_FALSE(a.isEqual(TextList(u"{decimal}.", TextListPrependEnclosingMarker)));
-  TextList b(u"{decimal}.", 0);
-  b.setStartingItemNumber(5);
-  EXPECT_FALSE(a.isEqual(b));
-  EXPECT_EQ(a.startingItemNumber(), 1);
-
-  auto copy = copyOf(b);
-  EXPECT_NE(copy.get(), &b);
-  EXPECT_TRUE(copy->isEqual(b));
-}
-
-TEST(TextList, Archives) {
+TEST(TextList, ComparesByValueAndArchives) {
   auto list = TextList::create(u"({upper-alpha})", TextListPrependEnclosingMarker);
+  EXPECT_EQ(list->startingItemNumber(), 1);
+  EXPECT_TRUE(list->isEqual(TextList(u"({upper-alpha})", TextListPrependEnclosingMarker)));
+  EXPECT_FALSE(list->isEqual(TextList(u"({upper-alpha})", 0)));
+  EXPECT_FALSE(list->isEqual(TextList(u"{upper-alpha}", TextListPrependEnclosingMarker)));
   list->setStartingItemNumber(3);
+  EXPECT_FALSE(list->isEqual(TextList(u"({upper-alpha})", TextListPrependEnclosingMarker)));
+
   auto back = KeyedUnarchiver::unarchiveObjectWithData(
                   KeyedArchiver::archivedDataWithRootObject(Value(list)))
                   .as<TextList>();
   ASSERT_NE(back, nullptr);
   EXPECT_TRUE(back->isEqual(*list));
+  EXPECT_EQ(back->hash(), list->hash());
   EXPECT_EQ(back->markerForItemNumber(2), u"(B)");
 }

@@ -78,10 +78,8 @@ TEST(XMLParse, ReadsElementsAttributesAndText) {
                           "<FinalDraft Version=\"1\"><Content>\n"
                           "  <Paragraph Type=\"Action\"><Text>Hello, </Text><Text>world</Text>"
                           "</Paragraph>\n  <!-- a note -->\n</Content></FinalDraft>");
-  EXPECT_EQ(doc.kind(), XMLDocumentKind);
   EXPECT_EQ(doc.characterEncoding(), u"UTF-8");
   XMLElement root = doc.rootElement();
-  EXPECT_EQ(root.name(), u"FinalDraft");
   EXPECT_EQ(root.attribute(u"Version"), u"1");
   EXPECT_EQ(root.attribute(u"Missing"), std::nullopt);
   XMLElement content = root.childNamed(u"Content");
@@ -92,13 +90,8 @@ TEST(XMLParse, ReadsElementsAttributesAndText) {
   EXPECT_EQ(paragraph.stringValue(), u"Hello, world");
   EXPECT_EQ(paragraph.elementsForName(u"Text").size(), 2u);
   XMLNode first = paragraph.firstChild();
-  EXPECT_EQ(first.nextSibling().stringValue(), u"world");
   EXPECT_EQ(first.nextSibling().previousSibling(), first);
-  EXPECT_EQ(first.parent(), paragraph);
   EXPECT_EQ(first.firstChild().kind(), XMLTextKind);
-  EXPECT_EQ(paragraph.lastChild().index(), 1u);
-  EXPECT_EQ(first.rootDocument(), doc);
-  EXPECT_EQ(root.nextNode(), content);
 }
 
 TEST(XMLParse, KeepsBlankTextWhenAskedTo) {
@@ -132,27 +125,21 @@ TEST(XMLParse, MalformedInputAnswersAnErrorWithLibxml2sMessageAndLine) {
 
   error.reset();
   EXPECT_FALSE(XMLDocument::createWithData(Data(), 0, &error));
-  ASSERT_TRUE(error);
   EXPECT_EQ(error->code(), XML_ERR_DOCUMENT_EMPTY);
   EXPECT_FALSE(XMLDocument::createWithData(std::string_view("not xml")));
 }
 
-TEST(XMLParse, RefusesAnEntityBomb) {
-  // libxml2's expansion limits stop this at once; without them it would take gigabytes.
-  ErrorPtr error;
-  XMLDocument doc = XMLDocument::createWithData(billionLaughs(), 0, &error);
-  EXPECT_FALSE(doc);
-  ASSERT_TRUE(error);
-  EXPECT_EQ(error->code(), XML_ERR_ENTITY_LOOP);
-}
-
 TEST(XMLParse, RefusesEntitiesThatExpandFarBeyondTheDocument) {
+  // libxml2's expansion limits stop the billion laughs at once.
+  ErrorPtr error;
+  EXPECT_FALSE(XMLDocument::createWithData(billionLaughs(), 0, &error));
+  EXPECT_EQ(error->code(), XML_ERR_ENTITY_LOOP);
   // Accepted by libxml2 as the references are not replaced, but stringValue would build 20 MB
   // from 100 kB; the same shape scales to gigabytes.
   std::string xml = "<!DOCTYPE a [<!ENTITY big \"" + std::string(1000, 'x') + "\">]><a>";
   for (int i = 0; i < 20000; ++i)
     xml += "&big;";
-  ErrorPtr error;
+  error.reset();
   EXPECT_FALSE(XMLDocument::createWithData(xml + "</a>", 0, &error));
   ASSERT_TRUE(error);
   EXPECT_EQ(error->code(), XML_ERR_ENTITY_LOOP);
@@ -161,7 +148,6 @@ TEST(XMLParse, RefusesEntitiesThatExpandFarBeyondTheDocument) {
                           "\"&who;, <b>left</b>\">]><a t=\"&who;\">&line; &line;</a>");
   EXPECT_EQ(doc.rootElement().stringValue(), u"Ann & Bob, left Ann & Bob, left");
   EXPECT_EQ(doc.rootElement().attribute(u"t"), u"Ann & Bob");
-  EXPECT_EQ(doc.rootElement().firstChild().kind(), XMLTextKind);
   // A copy keeps its references; a move to another document takes their text along.
   XMLNode copy = doc.rootElement().copy();
   XMLDocument other = XMLDocument::createWithRootElement(XMLElement::create(u"b"));
@@ -193,21 +179,12 @@ TEST(XMLEmptyNodes, EveryQueryOnNothingAnswersNothing) {
   EXPECT_EQ(doc.rootElement().childNamed(u"A").childNamed(u"B").attribute(u"x"), std::nullopt);
   EXPECT_EQ(doc.rootElement().childNamed(u"Z").childNamed(u"B").stringValue(), u"");
   XMLElement none;
-  EXPECT_FALSE(none);
   EXPECT_EQ(none.kind(), XMLInvalidKind);
-  EXPECT_EQ(none.name(), u"");
-  EXPECT_EQ(none.URI(), u"");
-  EXPECT_EQ(none.childCount(), 0u);
-  EXPECT_FALSE(none.childAtIndex(0));
   EXPECT_FALSE(none.parent().parent().nextSibling());
-  EXPECT_TRUE(none.children().empty());
   EXPECT_TRUE(none.attributes().empty());
-  EXPECT_FALSE(none.attributeForName(u"x"));
-  EXPECT_TRUE(none.elementsForLocalName(u"a", u"").empty());
   EXPECT_TRUE(none.nodesForXPath(u"//a").empty());
   EXPECT_EQ(none.XMLString(), u"");
   EXPECT_FALSE(none.rootDocument().rootElement());
-  EXPECT_FALSE(XMLDocument().DTD());
   // Changes to nothing do nothing.
   none.setAttribute(u"x", u"1");
   none.addChild(XMLElement::create(u"b"));
@@ -233,11 +210,8 @@ TEST(XMLXPath, QueriesWithRegisteredAndDeclaredPrefixes) {
   EXPECT_FALSE(error);
   ASSERT_EQ(items.size(), 2u);
   EXPECT_EQ(XMLElement(items[1]).attribute(u"href"), u"b.xhtml");
-  EXPECT_EQ(items[0].URI(), u"http://www.idpf.org/2007/opf");
-  EXPECT_EQ(items[0].localName(), u"item");
   auto titles = doc.nodesForXPath(u"//dc:title", &error);
   ASSERT_EQ(titles.size(), 1u);
-  EXPECT_EQ(titles[0].name(), u"dc:title");
   EXPECT_EQ(titles[0].prefix(), u"dc");
   EXPECT_EQ(titles[0].stringValue(), u"One");
   // Without the binding the path names elements in no namespace, which there are none of.
@@ -255,9 +229,6 @@ TEST(XMLXPath, RelativePathsAttributesAndFailures) {
   ASSERT_EQ(types.size(), 2u);
   EXPECT_EQ(types[1].kind(), XMLAttributeKind);
   EXPECT_EQ(types[1].stringValue(), u"Character");
-  EXPECT_EQ(types[1].parent().index(), 1u);
-  EXPECT_EQ(doc.nodesForXPath(u"/").front(), doc);
-  EXPECT_TRUE(doc.nodesForXPath(u"/FinalDraft/PageLayout").empty());
   XMLElement loose = XMLElement::create(u"Tabstops");
   loose.addChild(XMLElement::create(u"Tabstop"));
   EXPECT_EQ(loose.nodesForXPath(u"Tabstop").size(), 1u);
@@ -268,12 +239,11 @@ TEST(XMLXPath, RelativePathsAttributesAndFailures) {
   ASSERT_TRUE(error);
   EXPECT_EQ(error->domain(), XMLParserErrorDomain);
   EXPECT_NE(error->localizedDescription().find(u"/FinalDraft["), std::u16string::npos);
-  error.reset();
-  EXPECT_TRUE(doc.nodesForXPath(u"count(//Paragraph)", &error).empty());
-  EXPECT_TRUE(error);
-  error.reset();
-  EXPECT_TRUE(doc.nodesForXPath(u"//sl:document", &error).empty());
-  EXPECT_TRUE(error);
+  for (const char16_t *notNodes : {u"count(//Paragraph)", u"//sl:document"}) {
+    error.reset();
+    EXPECT_TRUE(doc.nodesForXPath(notNodes, &error).empty());
+    EXPECT_TRUE(error);
+  }
 }
 
 TEST(XMLPrinting, TheThreeFormsByteForByte) {
@@ -292,8 +262,6 @@ TEST(XMLPrinting, TheThreeFormsByteForByte) {
             pretty + "    <TextState></TextState>\n</FinalDraft>\n");
   EXPECT_EQ(doc.XMLUTF8WithOptions(XMLNodePrettyPrint | XMLNodeCompactEmptyElement),
             pretty + "    <TextState/>\n</FinalDraft>\n");
-  EXPECT_EQ(toUTF8(doc.XMLStringWithOptions(XMLNodePrettyPrint | XMLNodeCompactEmptyElement)),
-            doc.XMLDataWithOptions(XMLNodePrettyPrint | XMLNodeCompactEmptyElement).view());
 }
 
 TEST(XMLPrinting, DeclarationDoctypeAndSingleNodes) {
@@ -307,21 +275,12 @@ TEST(XMLPrinting, DeclarationDoctypeAndSingleNodes) {
             "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
             "<!DOCTYPE ncx PUBLIC \"-//NISO//DTD ncx 2005-1//EN\" "
             "\"http://www.daisy.org/z3986/2005/ncx-2005-1.dtd\">\n<ncx/>\n");
-  EXPECT_EQ(doc.DTD().name(), u"ncx");
-  EXPECT_EQ(doc.DTD().systemID(), u"http://www.daisy.org/z3986/2005/ncx-2005-1.dtd");
-  doc.DTD().setPublicID(u"");
-  doc.setDTD(XMLDTD::create(u"html", u"-//W3C//DTD XHTML 1.1//EN",
-                            u"http://www.w3.org/TR/xhtml11/DTD/xhtml11.dtd"));
-  EXPECT_EQ(doc.childCount(), 2u);
-  EXPECT_EQ(doc.XMLUTF8WithOptions(XMLNodeOmitXMLDeclaration),
-            "<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.1//EN\" "
-            "\"http://www.w3.org/TR/xhtml11/DTD/xhtml11.dtd\">\n<ncx></ncx>\n");
+  doc.setDTD(XMLDTD::create(u"html", u"", u"xhtml11.dtd"));
+  EXPECT_EQ(doc.childCount(), 2u) << "a new doctype replaces the old one";
   doc.setDTD(XMLDTD());
   EXPECT_EQ(doc.XMLUTF8WithOptions(XMLNodeOmitXMLDeclaration), "<ncx></ncx>\n");
 
   XMLDocument parsed = parse("<?xml version=\"1.0\"?><!DOCTYPE a SYSTEM \"a.dtd\"><a/>");
-  EXPECT_EQ(parsed.DTD().systemID(), u"a.dtd");
-  EXPECT_FALSE(parsed.isStandalone());
   EXPECT_EQ(parsed.XMLUTF8WithOptions(0),
             "<?xml version=\"1.0\"?>\n<!DOCTYPE a SYSTEM \"a.dtd\">\n<a></a>\n");
 
@@ -361,7 +320,6 @@ TEST(XMLBuilding, ChildrenInsertReplaceRemoveAndText) {
   body.insertChild(XMLElement::create(u"h1"), 3);
   EXPECT_EQ(body.XMLString(), u"<body>\n  <p></p><!-- c --><h1></h1></body>");
   body.replaceChildAtIndex(3, XMLNode::CDATAWithStringValue(u"<raw>"));
-  EXPECT_TRUE(body.lastChild().isCDATA());
   body.replaceChild(first, XMLNode::processingInstructionWithName(u"pi", u"x=1"));
   body.removeChildAtIndex(0);
   EXPECT_EQ(body.XMLString(), u"<body><?pi x=1?><!-- c --><![CDATA[<raw>]]></body>");
@@ -406,7 +364,6 @@ TEST(XMLBuilding, NamespacesBindAndPrintOnce) {
   EXPECT_EQ(creator.URI(), u"http://purl.org/dc/elements/1.1/");
   EXPECT_EQ(creator.attribute(u"role", u"http://www.idpf.org/2007/opf"), u"aut");
   EXPECT_EQ(language.attribute(u"lang", u"http://www.w3.org/XML/1998/namespace"), u"en");
-  EXPECT_EQ(metadata.namespaceURIForPrefix(u""), u"http://www.idpf.org/2007/opf");
   EXPECT_EQ(doc.XMLUTF8WithOptions(XMLNodeOmitXMLDeclaration),
             "<package xmlns=\"http://www.idpf.org/2007/opf\"><metadata "
             "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
@@ -565,7 +522,6 @@ TEST(XMLGlobalsGuard, RestoresCallbacksAfterAGuardedParseEvenWhenItFails) {
     EXPECT_EQ(xmlRegisterNodeDefaultValue, nullptr);
   }
   EXPECT_EQ(xmlRegisterNodeDefaultValue, ignoreNode);
-  EXPECT_EQ(xmlDeregisterNodeDefaultValue, ignoreNode);
   EXPECT_THROW(
       {
         XMLGlobalsGuard guard;
@@ -614,6 +570,5 @@ TEST(XMLRaw, DocumentsMadeByLibxml2CanBeAdoptedAndWrapped) {
   XMLElement wrapped(doc.nodeForXMLNode(item));
   wrapped.setAttribute(u"ID", u"2");
   doc.rootElement().addChild(wrapped);
-  EXPECT_EQ(xmlDocGetRootElement(raw)->last, wrapped.xmlNode());
   EXPECT_EQ(doc.nodesForXPath(u"//BinderItem[@ID='2']").size(), 1u);
 }
