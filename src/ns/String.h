@@ -35,6 +35,9 @@ std::u16string lowercaseString(std::u16string_view text);
 /// Each word's first character title case and the rest lower case. A word is a run of
 /// letters, marks and digits, an apostrophe between letters included ("Don't", "3rd").
 std::u16string capitalizedString(std::u16string_view text);
+/// The full case folding of code point `c` into `out`; answers the units written (1 to 3).
+/// A code point that does not fold is copied as it is.
+int foldCodePoint(char32_t c, char16_t out[4]);
 /// Compares the full case foldings, in code point order.
 ComparisonResult caseInsensitiveCompare(std::u16string_view a, std::u16string_view b);
 /// Plain comparison by UTF-16 units.

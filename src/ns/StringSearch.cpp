@@ -9,24 +9,26 @@
 
 namespace vl::ns {
 
-namespace {
-// Full case folding of one code point; answers the number of units written (at most 3).
-int foldCodePoint(UChar32 c, char16_t out[4]) {
+int foldCodePoint(char32_t c, char16_t out[4]) {
   if (c < 0x80) {
     out[0] = static_cast<char16_t>(c >= 'A' && c <= 'Z' ? c + 32 : c);
     return 1;
   }
+  if (c > 0x10FFFF)
+    c = 0xFFFD;
   char16_t source[2];
   int32_t n = 0;
-  U16_APPEND_UNSAFE(source, n, c);
+  U16_APPEND_UNSAFE(source, n, static_cast<UChar32>(c));
   UErrorCode status = U_ZERO_ERROR;
   int32_t m = u_strFoldCase(out, 4, source, n, U_FOLD_CASE_DEFAULT, &status);
-  if (U_FAILURE(status) || m > 4) {
+  if (U_FAILURE(status) || m <= 0 || m > 4) {
     std::copy(source, source + n, out);
     return n;
   }
   return m;
 }
+
+namespace {
 
 std::u16string foldCase(std::u16string_view text) {
   std::u16string out;

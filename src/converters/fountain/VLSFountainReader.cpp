@@ -36,24 +36,6 @@ uint64_t sceneCounter = 1;
 constexpr std::u16string_view FadeInParagraph = u"FADE IN:\n";
 constexpr char16_t LineSeparator = u'\u2028';
 
-// Full case folding of one code point into `out`; answers the number of units.
-int foldCodePoint(UChar32 c, char16_t out[4]) {
-  if (c < 0x80) {
-    out[0] = static_cast<char16_t>(c >= 'A' && c <= 'Z' ? c + 32 : c);
-    return 1;
-  }
-  char16_t source[2];
-  int32_t n = 0;
-  U16_APPEND_UNSAFE(source, n, c);
-  UErrorCode status = U_ZERO_ERROR;
-  int32_t m = u_strFoldCase(out, 4, source, n, U_FOLD_CASE_DEFAULT, &status);
-  if (U_FAILURE(status) || m <= 0 || m > 4) {
-    std::copy(source, source + n, out);
-    return n;
-  }
-  return m;
-}
-
 // A completion list: an entry moves to the front when it is seen again. Each entry keeps the
 // stamp of its last sighting, so the order is by stamp, newest first, and an update costs
 // one hash look-up however long the list grows.
@@ -106,7 +88,7 @@ public:
       UChar32 c;
       U16_NEXT(time.data(), i, time.size(), c);
       char16_t folded[4];
-      int n = foldCodePoint(c, folded);
+      int n = ns::foldCodePoint(static_cast<char32_t>(c), folded);
       for (int k = 0; k < n; ++k) {
         auto [it, added] =
             children_.try_emplace(key(node, folded[k]), static_cast<uint32_t>(stamps_.size()));
@@ -127,7 +109,7 @@ public:
       UChar32 c;
       U16_NEXT(text.data(), i, text.size(), c);
       char16_t folded[4];
-      int n = foldCodePoint(c, folded);
+      int n = ns::foldCodePoint(static_cast<char32_t>(c), folded);
       for (int k = 0; k < n; ++k) {
         auto it = children_.find(key(node, folded[k]));
         if (it == children_.end())
