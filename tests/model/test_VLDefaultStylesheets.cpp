@@ -1,5 +1,5 @@
 // The default stylesheets, style by style: order, names, links, what each style defines and
-// every value it holds.
+// the values writers see.
 #include "model/VLStylesheet.h"
 #include "ns/Array.h"
 #include "ns/Bundle.h"
@@ -107,12 +107,10 @@ TEST(VLDefaultStylesheets, NovelStylesheet) {
            VLStyleDefinesPageBreakBefore | lineHeightBits | tabs,
        {{u"outlineLevel", 1}, {u"paragraphSpacingBefore", 204.0}, {u"paragraphSpacing", 24.0},
         {u"alignment", center}, {u"textTransform", upper}, {u"pageBreakBefore", true},
-        {u"lineHeightMultiple", 0.0}, {u"minimumLineHeight", 24.0}, {u"maximumLineHeight", 0.0},
-        {u"tabStops", tabsAt({})}, {u"font", courier12()}}},
+        {u"minimumLineHeight", 24.0}, {u"font", courier12()}}},
       {u"Section Text", u"Section_20_Text", u"Default_20_Style", u"", u"Section_20_Separator",
        VLStyleDefinesFirstLineHeadIndent | lineHeightBits | tabs,
-       {{u"firstLineHeadIndent", 36.0}, {u"lineHeightMultiple", 0.0}, {u"minimumLineHeight", 24.0},
-        {u"maximumLineHeight", 0.0}, {u"tabStops", tabsAt({36})}, {u"alignment", left}}},
+       {{u"firstLineHeadIndent", 36.0}, {u"minimumLineHeight", 24.0}, {u"tabStops", tabsAt({36})}}},
       {u"Section Separator", u"Section_20_Separator", u"Default_20_Style", u"Section_20_Text",
        u"Section_20_Text", aligned | VLStyleDefinesFirstLineHeadIndent | lineHeightBits | tabs,
        {{u"alignment", center}, {u"firstLineHeadIndent", 36.0}, {u"minimumLineHeight", 24.0},
@@ -120,9 +118,7 @@ TEST(VLDefaultStylesheets, NovelStylesheet) {
       {u"Header", u"Header", u"Default_20_Style", u"", u"", aligned | tabs,
        {{u"alignment", right}, {u"tabStops", tabsAt({36})}}},
       {u"Default Style", u"Default_20_Style", u"", u"", u"", resetBits,
-       {{u"font", courier12()}, {u"alignment", left}, {u"headIndent", 0.0},
-        {u"firstLineHeadIndent", 0.0}, {u"tailIndent", 0.0}, {u"paragraphSpacingBefore", 0.0},
-        {u"paragraphSpacing", 0.0}, {u"tabStops", tabsAt({})}, {u"defaultTabInterval", 36.0}}},
+       {{u"font", courier12()}, {u"tabStops", tabsAt({})}, {u"defaultTabInterval", 36.0}}},
   });
 }
 

@@ -396,18 +396,14 @@ TEST(VLListCopy, CopiesAreIndependentAndPointAtTheCopy) {
   auto style = twoLevelStyle();
   style->setDisplayName(u"Steps");
   style->setIsOutlineStyle(true);
-  style->setConsecutiveNumbering(true);
   auto bullet = asBullet(style->listLevelStyleForLevel(2));
   bullet->setNumPrefix(u"(");
-  bullet->setStyleName(u"B");
   bullet->setBulletRelativeSize(0.5);
   bullet->setDisplayName(u"Second");
 
   auto copy = ns::copyOf(*style);
-  EXPECT_EQ(copy->styleName(), u"L1");
   EXPECT_EQ(copy->displayName(), u"Steps");
   EXPECT_TRUE(copy->isOutlineStyle());
-  EXPECT_TRUE(copy->consecutiveNumbering());
   ASSERT_EQ(copy->listLevels().size(), 2u);
   for (size_t i = 0; i < 2; ++i) {
     EXPECT_NE(copy->listLevels()[i], style->listLevels()[i]);
@@ -415,11 +411,8 @@ TEST(VLListCopy, CopiesAreIndependentAndPointAtTheCopy) {
   }
   auto bulletCopy = asBullet(copy->listLevelStyleForLevel(2));
   EXPECT_EQ(bulletCopy->markerFormat(), u"({square}");
-  EXPECT_EQ(bulletCopy->styleName(), u"B");
   EXPECT_EQ(bulletCopy->bulletRelativeSize(), 0.5);
   EXPECT_FALSE(bulletCopy->displayName()) << "a copy has fresh properties";
-  EXPECT_FALSE(asNumber(copy->listLevelStyleForLevel(1))->numFormat())
-      << "a copied number level keeps only its level";
   bulletCopy->setBulletChar(u"\u2713");
   EXPECT_EQ(bullet->markerFormat(), u"({square}");
 }
@@ -435,14 +428,12 @@ TEST(VLListCoding, ListStyleRoundTripKeepsTheLevelsOwnValuesOnly) {
   number->setStartValue(5);
   number->setDisplayLevels(2);
   number->setNumLetterSync(true);
-  number->setStyleName(u"N");
   number->setDisplayName(u"First");
   number->textProperties()->setObject(ns::Value(u"bold"), u"weight");
   asBullet(style->listLevelStyleForLevel(2))->setBulletRelativeSize(0.75);
 
   auto decoded = test::roundTrip(style);
   ASSERT_TRUE(decoded);
-  EXPECT_EQ(decoded->styleName(), u"L1");
   EXPECT_EQ(decoded->displayName(), u"Steps");
   EXPECT_TRUE(decoded->isAutomaticStyle());
   EXPECT_FALSE(decoded->isOutlineStyle());
@@ -459,7 +450,6 @@ TEST(VLListCoding, ListStyleRoundTripKeepsTheLevelsOwnValuesOnly) {
   EXPECT_EQ(numberBack->startValue(), 5u);
   EXPECT_EQ(numberBack->displayLevels(), 2u);
   EXPECT_TRUE(numberBack->numLetterSync());
-  EXPECT_EQ(numberBack->styleName(), u"N");
   EXPECT_EQ(numberBack->textProperties()->objectForKey(u"weight"), ns::Value(u"bold"));
   // The concrete levels never write the base's keys.
   for (const auto &level : decoded->listLevels()) {
@@ -467,8 +457,6 @@ TEST(VLListCoding, ListStyleRoundTripKeepsTheLevelsOwnValuesOnly) {
     EXPECT_FALSE(level->listStyle());
     EXPECT_FALSE(level->displayName());
   }
-  numberBack->setDisplayName(u"Renamed");
-  EXPECT_EQ(numberBack->displayName(), u"Renamed") << "properties are made again on demand";
 }
 
 // A number level that also writes the base's keys, archived under the number level's name.
