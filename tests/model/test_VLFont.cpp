@@ -163,28 +163,6 @@ TEST(VLFontTable, FindsByPlatformFontResolvingEveryFontItPasses) {
   EXPECT_EQ(table.fontForNSFont(nullptr), nullptr);
 }
 
-TEST(VLFontTable, CopiesMakeNewContainersAndFonts) {
-  auto table = std::make_shared<VLFontTable>();
-  auto font = VLFont::font();
-  font->setFontName(u"Georgia");
-  table->addFont(font);
-  table->properties()->setObject(ns::Value(3), u"RTFCurrentGroup");
-
-  auto copy = ns::copyOf(*table);
-  ASSERT_EQ(copy->fonts()->count(), 1u);
-  auto copied = copy->fonts()->objectAtIndex(0).as<VLFont>();
-  ASSERT_NE(copied, nullptr);
-  EXPECT_NE(copied.get(), font.get());
-  EXPECT_EQ(copied->fontName(), u"Georgia");
-  EXPECT_NE(copy->fonts().get(), table->fonts().get());
-  EXPECT_EQ(copy->properties()->objectForKey(u"RTFCurrentGroup"), ns::Value(3));
-
-  copy->addFont(VLFont::font());
-  copy->properties()->removeAllObjects();
-  EXPECT_EQ(table->fonts()->count(), 1u);
-  EXPECT_EQ(table->properties()->count(), 1u);
-}
-
 TEST(VLFontTable, ArchivesFontsAndProperties) {
   auto table = std::make_shared<VLFontTable>();
   auto font = VLFont::font();

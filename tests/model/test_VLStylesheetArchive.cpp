@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -35,6 +36,12 @@ VLListStylePtr outlineList() {
   return list;
 }
 
+// Where `style` stands in `sheet`, or -1: links compared by position.
+int positionIn(const VLStylesheet &sheet, const VLStylePtr &style) {
+  auto found = std::find(sheet.styles().begin(), sheet.styles().end(), style);
+  return found == sheet.styles().end() ? -1 : static_cast<int>(found - sheet.styles().begin());
+}
+
 VLFontTablePtr fontTable() {
   auto fonts = std::make_shared<VLFontTable>();
   fonts->addFont(VLFont::fontWithNSFont(test::font(u"Courier-Bold")));
@@ -61,15 +68,20 @@ TEST(VLStylesheetArchive, ArchivesAndCopiesHoldEveryCollection) {
     EXPECT_EQ(decoded->displayName(), u"Script");
     EXPECT_EQ(decoded->properties()->objectForKey(u"key"), ns::Value(u"value"));
     ASSERT_EQ(decoded->styles().size(), sheet->styles().size());
+    // The links, rings among them (the action style is its own next style), point at the
+    // copies, where the originals stand.
     for (size_t i = 0; i < decoded->styles().size(); ++i) {
-      EXPECT_NE(decoded->styles()[i], sheet->styles()[i]);
-      EXPECT_TRUE(decoded->styles()[i]->isEqualToStyle(sheet->styles()[i])) << i;
-      EXPECT_FALSE(decoded->styles()[i]->pageBreakAfter()) << "never read back";
+      const VLStylePtr &mine = decoded->styles()[i], &theirs = sheet->styles()[i];
+      EXPECT_NE(mine, theirs);
+      EXPECT_TRUE(mine->isEqualToStyle(theirs)) << i;
+      EXPECT_FALSE(mine->pageBreakAfter()) << "never read back";
+      EXPECT_EQ(positionIn(*decoded, mine->parentStyle()),
+                positionIn(*sheet, theirs->parentStyle()));
+      EXPECT_EQ(positionIn(*decoded, mine->nextStyle()), positionIn(*sheet, theirs->nextStyle()));
+      EXPECT_EQ(positionIn(*decoded, mine->tabStyle()), positionIn(*sheet, theirs->tabStyle()));
     }
     auto action = decoded->styleForName(u"Action");
     EXPECT_EQ(action->nextStyle(), action);
-    EXPECT_EQ(action->tabStyle(), decoded->styleForName(u"Character"));
-    EXPECT_EQ(action->parentStyle(), decoded->defaultParagraphStyle());
     ASSERT_EQ(decoded->graphicStyles().size(), 1u);
     EXPECT_NE(decoded->graphicStyles()[0], sheet->graphicStyles()[0]);
 
@@ -88,34 +100,6 @@ TEST(VLStylesheetArchive, ArchivesAndCopiesHoldEveryCollection) {
     EXPECT_TRUE(decoded->fontTable()->fontForName(u"Times-Roman"));
     ASSERT_EQ(decoded->pageLayoutStyles().size(), 1u);
     EXPECT_EQ(decoded->pageLayoutStyles()[0]->topMargin(), 37.0);
-  }
-}
-
-TEST(VLStylesheetArchive, RingsComeBackAsRingsOfTheCopies) {
-  auto a = named(u"A");
-  auto b = named(u"B", a);
-  auto c = named(u"C", a);
-  a->setNextStyle(b);
-  b->setNextStyle(c);
-  c->setNextStyle(a);
-  a->setTabStyle(c);
-  b->setTabStyle(a);
-  c->setTabStyle(c);
-  auto sheet = sheetOf({a, b, c});
-
-  for (const auto &decoded : {test::roundTrip(sheet), ns::copyOf(*sheet)}) {
-    ASSERT_TRUE(decoded);
-    ASSERT_EQ(decoded->styles().size(), 3u);
-    auto da = decoded->styles()[0], db = decoded->styles()[1], dc = decoded->styles()[2];
-    EXPECT_NE(da, a);
-    EXPECT_EQ(da->nextStyle(), db);
-    EXPECT_EQ(db->nextStyle(), dc);
-    EXPECT_EQ(dc->nextStyle(), da);
-    EXPECT_EQ(da->tabStyle(), dc);
-    EXPECT_EQ(db->tabStyle(), da);
-    EXPECT_EQ(dc->tabStyle(), dc);
-    EXPECT_EQ(db->parentStyle(), da);
-    EXPECT_EQ(dc->parentStyle(), da);
   }
 }
 
