@@ -1,9 +1,8 @@
 // Fonts and font tables: late resolution, flags that only rise, lookups, copies and archives.
+#include "ModelTestSupport.h"
 #include "model/VLFont.h"
 #include "model/VLFontTable.h"
-#include "ns/Assert.h"
 #include "ns/FontManager.h"
-#include "ns/KeyedArchiver.h"
 #include "ns/String.h"
 
 #include <gtest/gtest.h>
@@ -11,43 +10,26 @@
 using namespace vl;
 using vl::ns::Font;
 using vl::ns::FontPtr;
+using vl::test::roundTrip;
 
 namespace {
-
-FontPtr platformFont(std::u16string_view name) {
-  auto font = Font::fontWithName(name, 12);
-  EXPECT_NE(font, nullptr);
-  return font;
-}
 
 std::u16string nameOf(const FontPtr &font) {
   return font ? font->fontName() : u"(nil)";
 }
 
-template <class T> std::shared_ptr<T> roundTrip(const std::shared_ptr<T> &object) {
-  ns::ErrorPtr error;
-  ns::Value decoded = ns::KeyedUnarchiver::unarchiveObjectWithData(
-      ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(object)), &error);
-  EXPECT_EQ(error, nullptr);
-  return decoded.as<T>();
-}
-
 } // namespace
 
 TEST(VLFont, FontWithNSFontTakesNameFamilyAndTraits) {
-  auto font = VLFont::fontWithNSFont(platformFont(u"Times-BoldItalic"));
+  auto font = VLFont::fontWithNSFont(test::font(u"Times-BoldItalic"));
   EXPECT_EQ(font->fontName(), u"Times-BoldItalic");
   EXPECT_EQ(font->fontFamilyName(), u"Times");
   EXPECT_TRUE(font->hasBoldFontWeight());
   EXPECT_TRUE(font->hasItalicFontStyle());
   EXPECT_EQ(nameOf(font->nsFont()), u"Times-BoldItalic");
 
-  try {
-    VLFont::fontWithNSFont(nullptr);
-    ADD_FAILURE() << "a nil font must fail the check";
-  } catch (const ns::InternalInconsistencyException &e) {
-    EXPECT_EQ(e.description(), "Invalid parameter not satisfying: nsFont");
-  }
+  EXPECT_EQ(test::failureOf([] { VLFont::fontWithNSFont(nullptr); }),
+            "Invalid parameter not satisfying: nsFont");
 }
 
 TEST(VLFont, ResolvesByNameFirst) {
@@ -83,28 +65,19 @@ TEST(VLFont, ResolvesThroughFamilyAndFlagsWhenTheNameIsUnknown) {
 TEST(VLFont, SetNSFontRaisesFlagsAndNeverClearsThem) {
   auto font = VLFont::font();
   font->setHasBoldFontWeight(true);
-  font->setNSFont(platformFont(u"Helvetica"));
+  font->setNSFont(test::font(u"Helvetica"));
   EXPECT_TRUE(font->hasBoldFontWeight()) << "a plain font leaves the bold request standing";
   EXPECT_FALSE(font->hasItalicFontStyle());
   EXPECT_EQ(font->fontFamilyName(), u"Helvetica");
   EXPECT_FALSE(font->fontName()) << "setting the font does not name it";
 
-  font->setNSFont(platformFont(u"Courier-Oblique"));
+  font->setNSFont(test::font(u"Courier-Oblique"));
   EXPECT_TRUE(font->hasItalicFontStyle());
   EXPECT_EQ(font->fontFamilyName(), u"Courier");
 
   font->setNSFont(nullptr);
   EXPECT_EQ(font->fontFamilyName(), u"Courier") << "forgetting the font keeps its family";
   EXPECT_EQ(nameOf(font->nsFont()), u"Courier-BoldOblique") << "and resolves again from it";
-}
-
-TEST(VLFont, DescriptionShowsNameAndNumber) {
-  auto font = VLFont::font();
-  std::u16string base = font->Object::description();
-  EXPECT_EQ(font->description(), base + u" (null) (0)");
-  font->setFontName(u"Courier");
-  font->setFontNumber(3);
-  EXPECT_EQ(font->description(), base + u" Courier (3)");
 }
 
 TEST(VLFont, CopiesGoThroughTheSetters) {
@@ -125,10 +98,6 @@ TEST(VLFont, CopiesGoThroughTheSetters) {
   EXPECT_EQ(copy->fontNumber(), 4);
   EXPECT_EQ(copy->nsFont().get(), font->nsFont().get());
   EXPECT_TRUE(copy->hasBoldFontWeight()) << "the copy's font raises the flag again";
-
-  auto unresolved = VLFont::font();
-  unresolved->setFontFamilyName(u"Courier");
-  EXPECT_EQ(ns::copyOf(*unresolved)->fontFamilyName(), u"Courier");
 }
 
 TEST(VLFont, ArchivesEveryField) {
@@ -149,12 +118,6 @@ TEST(VLFont, ArchivesEveryField) {
   EXPECT_EQ(back->fontNumber(), -2);
   ASSERT_NE(back->nsFont(), nullptr);
   EXPECT_TRUE(back->nsFont()->isEqual(*font->nsFont()));
-
-  auto empty = roundTrip(VLFont::font());
-  ASSERT_NE(empty, nullptr);
-  EXPECT_FALSE(empty->fontName());
-  EXPECT_FALSE(empty->fontFamilyName());
-  EXPECT_FALSE(empty->hasBoldFontWeight());
 }
 
 TEST(VLFontTable, FindsTheFirstFontByName) {
@@ -190,7 +153,7 @@ TEST(VLFontTable, FindsByPlatformFontResolvingEveryFontItPasses) {
   table.addFont(times);
   table.addFont(later);
 
-  EXPECT_EQ(table.fontForNSFont(platformFont(u"Times-Bold")), times);
+  EXPECT_EQ(table.fontForNSFont(test::font(u"Times-Bold")), times);
   EXPECT_EQ(courier->fontFamilyName(), u"Courier") << "passed, so resolved";
   EXPECT_FALSE(later->fontFamilyName()) << "not reached, so not resolved";
 
@@ -198,35 +161,6 @@ TEST(VLFontTable, FindsByPlatformFontResolvingEveryFontItPasses) {
       << "size is part of equality";
   EXPECT_EQ(later->fontFamilyName(), u"Helvetica");
   EXPECT_EQ(table.fontForNSFont(nullptr), nullptr);
-}
-
-TEST(VLFontTable, DescriptionIsTheBaseAndTheArray) {
-  VLFontTable table;
-  table.addFont(VLFont::font());
-  EXPECT_EQ(table.description(),
-            table.Object::description() + u"\n" + table.fonts()->description());
-}
-
-TEST(VLFontTable, CopiesMakeNewContainersAndFonts) {
-  auto table = std::make_shared<VLFontTable>();
-  auto font = VLFont::font();
-  font->setFontName(u"Georgia");
-  table->addFont(font);
-  table->properties()->setObject(ns::Value(3), u"RTFCurrentGroup");
-
-  auto copy = ns::copyOf(*table);
-  ASSERT_EQ(copy->fonts()->count(), 1u);
-  auto copied = copy->fonts()->objectAtIndex(0).as<VLFont>();
-  ASSERT_NE(copied, nullptr);
-  EXPECT_NE(copied.get(), font.get());
-  EXPECT_EQ(copied->fontName(), u"Georgia");
-  EXPECT_NE(copy->fonts().get(), table->fonts().get());
-  EXPECT_EQ(copy->properties()->objectForKey(u"RTFCurrentGroup"), ns::Value(3));
-
-  copy->addFont(VLFont::font());
-  copy->properties()->removeAllObjects();
-  EXPECT_EQ(table->fonts()->count(), 1u);
-  EXPECT_EQ(table->properties()->count(), 1u);
 }
 
 TEST(VLFontTable, ArchivesFontsAndProperties) {

@@ -1,4 +1,4 @@
-// Master pages: made from print information, header and footer variants, coding.
+// Master pages: header and footer variants, and coding.
 #include "ModelTestSupport.h"
 #include "model/VLMasterPage.h"
 
@@ -17,19 +17,6 @@ std::u16string stringOf(const ns::AttributedStringPtr &text) {
 }
 
 } // namespace
-
-TEST(VLMasterPage, MadeFromPrintInfoHasOnlyALayout) {
-  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
-  ASSERT_TRUE(page->pageLayout());
-  EXPECT_EQ(page->pageLayout()->contentTopMargin(), 72);
-  EXPECT_EQ(page->pageLayout()->topMargin(), 37);
-  EXPECT_FALSE(page->name());
-  EXPECT_FALSE(page->header());
-  EXPECT_FALSE(page->hasHeaders());
-  EXPECT_FALSE(page->differentFirstHeader());
-
-  EXPECT_FALSE(VLMasterPage::create()->pageLayout());
-}
 
 TEST(VLMasterPage, TurningAVariantOnSharesTheNormalTextAndOffDropsIt) {
   auto page = VLMasterPage::create();
@@ -113,12 +100,4 @@ TEST(VLMasterPage, ArchivesUnderItsOwnKeys) {
                               u"_differentFirstFooter", u"_differentHeaders", u"_differentFooters",
                               u"Header", u"Footer", u"FirstHeader", u"FirstFooter", u"LeftHeader",
                               u"LeftFooter", u"NextStyleName", u"_canMirrorPages"}));
-}
-
-TEST(VLMasterPage, KeyValueCodingGoesThroughTheSetters) {
-  auto page = VLMasterPage::masterPageWithPrintInfo(ns::PrintInfo());
-  page->setValueForKey(ns::Value(text(u"H")), u"header");
-  page->setValueForKey(ns::Value(true), u"differentHeaders");
-  EXPECT_EQ(stringOf(page->leftHeader()), u"H");
-  EXPECT_EQ(page->valueForKeyPath(u"pageLayout.contentTopMargin"), ns::Value(72.0));
 }

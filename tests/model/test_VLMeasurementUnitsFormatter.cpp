@@ -73,7 +73,7 @@ TEST_F(VLMeasurementUnitsFormatterTest, ShowsPointsInTheUnit) {
   EXPECT_EQ(decimal.attributedStringForObjectValue(ns::Value(36), nullptr), nullptr);
 }
 
-TEST_F(VLMeasurementUnitsFormatterTest, ReadsAUnitWordWhateverTheUnit) {
+TEST_F(VLMeasurementUnitsFormatterTest, ReadsAUnitWordWhateverTheUnitAndBareNumbersInIt) {
   for (int32_t units = 1; units <= 4; ++units) {
     auto f = formatter(units);
     EXPECT_EQ(read(f, u"1 in"), 72.0);
@@ -83,9 +83,8 @@ TEST_F(VLMeasurementUnitsFormatterTest, ReadsAUnitWordWhateverTheUnit) {
   }
   EXPECT_EQ(read(formatter(3), u"3 in = 7.62 cm"), 216.0)
       << "inches are looked for first, wherever they stand";
-}
 
-TEST_F(VLMeasurementUnitsFormatterTest, ReadsABareNumberInTheFormattersUnit) {
+  // A bare number is in the formatter's unit.
   EXPECT_EQ(read(formatter(1), u"1"), 72.0);
   EXPECT_EQ(read(formatter(2), u"1"), static_cast<double>(28.35f));
   EXPECT_EQ(read(formatter(3), u"1"), 1.0);

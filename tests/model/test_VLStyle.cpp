@@ -1,6 +1,6 @@
-// Styles: the defines word, the cascade of getters, application to attributes, comparison
-// and derived styles, resets, names, line spacing modes, copies, coding, walks over chains
-// that loop, and the one-line summary for users.
+// Styles: the defines word and the cascade, application to attributes, comparison and derived
+// styles, resets, names, line spacing modes, copies, coding, the summary for users and walks
+// over chains that loop.
 #include "ModelTestSupport.h"
 #include "model/VLConstants.h"
 #include "model/VLGraphicStyle.h"
@@ -8,33 +8,23 @@
 #include "model/VLStyle.h"
 #include "model/VLStylesheet.h"
 #include "ns/Array.h"
-#include "ns/Assert.h"
 #include "ns/AttributeNames.h"
 #include "ns/Bundle.h"
-#include "ns/FontManager.h"
+#include "ns/String.h"
 
 #include <gtest/gtest.h>
 
 using namespace vl;
 using ns::Value;
+using test::childOf;
+using test::failureOf;
+using test::font;
 
 namespace {
 
-ns::FontPtr font(std::u16string_view name, double size) {
-  ns::FontPtr found = ns::Font::fontWithName(name, size);
-  EXPECT_TRUE(found) << "font missing from the catalogue";
-  return found;
-}
-
-VLStylePtr childOf(const VLStylePtr &parent) {
-  VLStylePtr style = VLStyle::create();
-  style->setParentStyle(parent);
-  return style;
-}
-
 ns::DictionaryPtr plainAttributes() {
   return ns::Dictionary::create(
-      {{u"NSFont", font(u"Helvetica", 12)},
+      {{u"NSFont", font(u"Helvetica")},
        {u"NSParagraphStyle", ns::ParagraphStyle::defaultParagraphStyle()}});
 }
 
@@ -46,110 +36,84 @@ ns::FontPtr fontOf(const ns::Dictionary &attributes) {
   return attributes.objectForKey(ns::FontAttributeName).as<ns::Font>();
 }
 
-template <class F> std::string assertionOf(F &&f) {
-  try {
-    f();
-  } catch (const ns::InternalInconsistencyException &e) {
-    return e.description();
-  }
-  return "(no assertion)";
+// `style` applied to plain Helvetica 12 text.
+ns::DictionaryPtr appliedTo(const VLStyle &style) {
+  auto attributes = plainAttributes();
+  style.applyToAttributes(*attributes);
+  return attributes;
 }
 
 } // namespace
 
-TEST(VLStyle, FreshStyleAnswersThePlatformDefaultsAndIsEmpty) {
-  auto style = VLStyle::create();
-  const auto &platform = *ns::ParagraphStyle::defaultParagraphStyle();
-  EXPECT_EQ(style->alignment(), platform.alignment());
-  EXPECT_EQ(style->baseWritingDirection(), platform.baseWritingDirection());
-  EXPECT_EQ(style->tighteningFactor(), double(platform.tighteningFactorForTruncation()));
-  EXPECT_EQ(style->defaultTabInterval(), 36.0);
-  EXPECT_TRUE(style->tabStops().empty());
-  EXPECT_EQ(style->fontSize(), 12.0);
-  EXPECT_EQ(style->font(), nullptr);
-  EXPECT_FALSE(style->hasBoldFontWeight());
-  EXPECT_FALSE(style->hasItalicFontStyle());
-  EXPECT_EQ(style->paginationStyle(), 0);
-  EXPECT_EQ(style->defines(), 0u);
-  EXPECT_TRUE(style->isEmpty());
-  EXPECT_TRUE(style->isParagraphStyle());
-  EXPECT_EQ(style->styleName(), std::nullopt);
-
-  style->setIsDefaultStyle(true);
-  EXPECT_FALSE(style->isEmpty()) << "a default style is never empty";
-  auto automatic = VLStyle::create();
-  automatic->setIsAutomaticStyle(true);
-  EXPECT_FALSE(automatic->isEmpty());
-}
-
-TEST(VLStyle, EverySetterSetsExactlyItsBit) {
+TEST(VLStyle, EverySetterDefinesExactlyItsBitAndTheBitSurvivesAnArchive) {
   using Setter = void (*)(VLStyle &);
-  const std::pair<Setter, unsigned> setters[] = {
-      {[](VLStyle &s) { s.setAlignment(ns::TextAlignmentRight); }, 0},
-      {[](VLStyle &s) { s.setLineSpacing(1); }, 1},
-      {[](VLStyle &s) { s.setParagraphSpacingBefore(1); }, 2},
-      {[](VLStyle &s) { s.setParagraphSpacing(1); }, 3},
-      {[](VLStyle &s) { s.setHeadIndent(1); }, 4},
-      {[](VLStyle &s) { s.setTailIndent(1); }, 5},
-      {[](VLStyle &s) { s.setFirstLineHeadIndent(1); }, 6},
-      {[](VLStyle &s) { s.setMinimumLineHeight(1); }, 7},
-      {[](VLStyle &s) { s.setMaximumLineHeight(1); }, 8},
-      {[](VLStyle &s) { s.setDefaultTabInterval(1); }, 9},
-      {[](VLStyle &s) { s.setLineHeightMultiple(1); }, 10},
-      {[](VLStyle &s) { s.setHyphenationFactor(0.5); }, 11},
-      {[](VLStyle &s) { s.setHeaderLevel(2); }, 12},
-      {[](VLStyle &s) { s.setOutlineLevel(10); }, 12},
-      {[](VLStyle &s) { s.setTighteningFactor(0); }, 13},
-      {[](VLStyle &s) { s.setPageBreakBefore(true); }, 14},
-      {[](VLStyle &s) { s.setPageBreakAfter(false); }, 15},
-      {[](VLStyle &s) { s.setKeepWithNext(true); }, 16},
-      {[](VLStyle &s) { s.setAvoidsWidowsAndOrphans(true); }, 17},
-      {[](VLStyle &s) { s.setTabStops({}); }, 18},
-      {[](VLStyle &s) { s.addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9)); }, 18},
-      {[](VLStyle &s) { s.setBaseWritingDirection(ns::WritingDirectionRightToLeft); }, 19},
-      {[](VLStyle &s) { s.setPaginationStyle(3); }, 20},
-      {[](VLStyle &s) { s.setFont(nullptr); }, 21},
-      {[](VLStyle &s) { s.setFontSize(10); }, 22},
-      {[](VLStyle &s) { s.setHasBoldFontWeight(false); }, 23},
-      {[](VLStyle &s) { s.setHasItalicFontStyle(true); }, 24},
-      {[](VLStyle &s) { s.setUnderlineStyle(0); }, 25},
-      {[](VLStyle &s) { s.setUnderlinePattern(ns::UnderlinePatternDot); }, 26},
-      {[](VLStyle &s) { s.setUnderlineMask(ns::UnderlineByWordMask); }, 27},
-      {[](VLStyle &s) { s.setUnderlineColor(nullptr); }, 28},
-      {[](VLStyle &s) { s.setForegroundColor(ns::Color::redColor()); }, 29},
-      {[](VLStyle &s) { s.setTextTransform(1); }, 30},
+  const std::pair<Setter, uint32_t> setters[] = {
+      {[](VLStyle &s) { s.setAlignment(ns::TextAlignmentRight); }, VLStyleDefinesAlignment},
+      {[](VLStyle &s) { s.setLineSpacing(1); }, VLStyleDefinesLineSpacing},
+      {[](VLStyle &s) { s.setParagraphSpacingBefore(1); }, VLStyleDefinesParagraphSpacingBefore},
+      {[](VLStyle &s) { s.setParagraphSpacing(1); }, VLStyleDefinesParagraphSpacing},
+      {[](VLStyle &s) { s.setHeadIndent(1); }, VLStyleDefinesHeadIndent},
+      {[](VLStyle &s) { s.setTailIndent(1); }, VLStyleDefinesTailIndent},
+      {[](VLStyle &s) { s.setFirstLineHeadIndent(1); }, VLStyleDefinesFirstLineHeadIndent},
+      {[](VLStyle &s) { s.setMinimumLineHeight(1); }, VLStyleDefinesMinimumLineHeight},
+      {[](VLStyle &s) { s.setMaximumLineHeight(1); }, VLStyleDefinesMaximumLineHeight},
+      {[](VLStyle &s) { s.setDefaultTabInterval(1); }, VLStyleDefinesDefaultTabInterval},
+      {[](VLStyle &s) { s.setLineHeightMultiple(1); }, VLStyleDefinesLineHeightMultiple},
+      {[](VLStyle &s) { s.setHyphenationFactor(0.5); }, VLStyleDefinesHyphenationFactor},
+      {[](VLStyle &s) { s.setHeaderLevel(2); }, VLStyleDefinesHeaderLevel},
+      {[](VLStyle &s) { s.setOutlineLevel(10); }, VLStyleDefinesHeaderLevel},
+      {[](VLStyle &s) { s.setTighteningFactor(0); }, VLStyleDefinesTighteningFactor},
+      {[](VLStyle &s) { s.setPageBreakBefore(true); }, VLStyleDefinesPageBreakBefore},
+      {[](VLStyle &s) { s.setPageBreakAfter(false); }, VLStyleDefinesPageBreakAfter},
+      {[](VLStyle &s) { s.setKeepWithNext(true); }, VLStyleDefinesKeepWithNext},
+      {[](VLStyle &s) { s.setAvoidsWidowsAndOrphans(true); }, VLStyleDefinesAvoidsWidowsAndOrphans},
+      {[](VLStyle &s) { s.setTabStops({}); }, VLStyleDefinesTabStops},
+      {[](VLStyle &s) { s.addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9)); },
+       VLStyleDefinesTabStops},
+      {[](VLStyle &s) { s.setBaseWritingDirection(ns::WritingDirectionRightToLeft); },
+       VLStyleDefinesBaseWritingDirection},
+      {[](VLStyle &s) { s.setPaginationStyle(3); }, VLStyleDefinesPaginationStyle},
+      {[](VLStyle &s) { s.setFont(nullptr); }, VLStyleDefinesFont},
+      {[](VLStyle &s) { s.setFontSize(10); }, VLStyleDefinesFontSize},
+      {[](VLStyle &s) { s.setHasBoldFontWeight(false); }, VLStyleDefinesHasBoldFontWeight},
+      {[](VLStyle &s) { s.setHasItalicFontStyle(true); }, VLStyleDefinesHasItalicFontStyle},
+      {[](VLStyle &s) { s.setUnderlineStyle(0); }, VLStyleDefinesUnderlineStyle},
+      {[](VLStyle &s) { s.setUnderlinePattern(ns::UnderlinePatternDot); },
+       VLStyleDefinesUnderlinePattern},
+      {[](VLStyle &s) { s.setUnderlineMask(ns::UnderlineByWordMask); },
+       VLStyleDefinesUnderlineMask},
+      {[](VLStyle &s) { s.setUnderlineColor(nullptr); }, VLStyleDefinesUnderlineColor},
+      {[](VLStyle &s) { s.setForegroundColor(ns::Color::redColor()); },
+       VLStyleDefinesForegroundColor},
+      {[](VLStyle &s) { s.setTextTransform(1); }, VLStyleDefinesTextTransform},
   };
   for (const auto &[setter, bit] : setters) {
     auto style = VLStyle::create();
     setter(*style);
-    EXPECT_EQ(style->defines(), 1u << bit) << "bit " << bit;
+    EXPECT_EQ(style->defines(), bit) << std::hex << bit;
+    EXPECT_EQ(test::roundTrip(style)->defines(), bit) << std::hex << bit;
   }
-  EXPECT_EQ(VLStyle::nameOfDefinesBit(0), u"alignment");
-  EXPECT_EQ(VLStyle::nameOfDefinesBit(12), u"headerLevel");
-  EXPECT_EQ(VLStyle::nameOfDefinesBit(30), u"textTransform");
-  EXPECT_EQ(VLStyle::nameOfDefinesBit(31), u"");
 }
 
-TEST(VLStyle, GetterFamiliesDifferWhenUndefinedWithoutParent) {
+TEST(VLStyle, CascadeAsksTheParentForWhatTheStyleDoesNotDefine) {
   auto style = VLStyle::create();
-  // Paragraph values answer the own paragraph style even with the bit clear.
+  // Without a parent, paragraph values answer the own paragraph style even with the bit clear.
   style->paragraphStyle()->setAlignment(ns::TextAlignmentRight);
   EXPECT_EQ(style->alignment(), ns::TextAlignmentRight);
-  EXPECT_FALSE(style->definesAlignment());
+  EXPECT_EQ(style->fontSize(), 12.0);
 
   auto parent = VLStyle::create();
   parent->setAlignment(ns::TextAlignmentCenter);
-  style->setParentStyle(parent);
-  EXPECT_EQ(style->alignment(), ns::TextAlignmentCenter) << "bit clear: the parent answers";
-  style->setAlignment(ns::TextAlignmentLeft);
-  EXPECT_EQ(style->alignment(), ns::TextAlignmentLeft);
-
   parent->setKeepWithNext(true);
   parent->setForegroundColor(ns::Color::blueColor());
   parent->setTextTransform(VLTextTransformUppercase);
+  style->setParentStyle(parent);
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentCenter);
   EXPECT_TRUE(style->keepWithNext());
   EXPECT_EQ(style->foregroundColor(), ns::Color::blueColor());
   EXPECT_EQ(style->textTransform(), VLTextTransformUppercase);
+  style->setAlignment(ns::TextAlignmentLeft);
+  EXPECT_EQ(style->alignment(), ns::TextAlignmentLeft);
 }
 
 TEST(VLStyle, OwnFontStandsBetweenOwnSizeAndParent) {
@@ -169,32 +133,43 @@ TEST(VLStyle, OwnFontStandsBetweenOwnSizeAndParent) {
 
 TEST(VLStyle, UnderlineFieldsShareOneWord) {
   auto style = VLStyle::create();
-  style->setUnderlineStyle(ns::UnderlineStyleSingle | ns::UnderlinePatternDash);
-  EXPECT_EQ(style->underlineStyle(), ns::UnderlineStyleSingle);
-  EXPECT_EQ(style->underlinePattern(), 0) << "the pattern bit is not defined";
-  EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleSingle | ns::UnderlinePatternDash)
-      << "the argument is ORed in unmasked";
   style->setUnderlinePattern(ns::UnderlinePatternDot);
-  EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleSingle | ns::UnderlinePatternDot);
   style->setUnderlineStyle(ns::UnderlineStyleDouble);
   EXPECT_EQ(style->underlineStyleAttribute(), ns::UnderlineStyleDouble | ns::UnderlinePatternDot);
-  EXPECT_EQ(style->underlinePattern(), ns::UnderlinePatternDot);
+
+  // No underline over a parent's removes the underline, whatever pattern the child sets.
+  auto parent = VLStyle::create();
+  parent->setUnderlineStyle(ns::UnderlineStyleSingle);
+  parent->setUnderlinePattern(ns::UnderlinePatternDash);
+  auto off = childOf(parent);
+  off->setUnderlineStyle(0);
+  off->setUnderlinePattern(ns::UnderlinePatternDot);
+  EXPECT_FALSE(appliedTo(*off)->containsKey(ns::UnderlineStyleAttributeName));
+  auto byWord = childOf(parent);
+  byWord->setUnderlineMask(ns::UnderlineByWordMask);
+  EXPECT_EQ(appliedTo(*byWord)->objectForKey(ns::UnderlineStyleAttributeName).integerValue(),
+            ns::UnderlineStyleSingle | ns::UnderlinePatternDash | ns::UnderlineByWordMask);
 }
 
 TEST(VLStyle, ApplyWritesTheChainRootFirst) {
   auto root = VLStyle::create();
-  root->setFont(font(u"Courier", 12));
+  root->setFont(font(u"Courier"));
   root->setHeadIndent(10);
   root->setAlignment(ns::TextAlignmentCenter);
+  root->setHyphenationFactor(0.75);
+  root->setTighteningFactor(0.5);
   auto middle = childOf(root);
   middle->setHasBoldFontWeight(true);
   middle->setHeadIndent(20);
+  middle->setForegroundColor(nullptr);
+  middle->setUnderlineColor(ns::Color::greenColor());
   auto leaf = childOf(middle);
   leaf->setFontSize(16);
   leaf->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 50));
 
   auto attributes = plainAttributes();
   attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
+  attributes->setObject(ns::Color::redColor(), ns::BackgroundColorAttributeName);
   leaf->applyToAttributes(*attributes);
   EXPECT_EQ(fontOf(*attributes), font(u"Courier-Bold", 16));
   const ns::ParagraphStyle &paragraph = paragraphOf(*attributes);
@@ -202,68 +177,21 @@ TEST(VLStyle, ApplyWritesTheChainRootFirst) {
   EXPECT_EQ(paragraph.alignment(), ns::TextAlignmentCenter);
   ASSERT_EQ(paragraph.tabStops().size(), 1u);
   EXPECT_EQ(paragraph.tabStops()[0]->location(), 50.0);
+  EXPECT_EQ(paragraph.hyphenationFactor(), 0.0f) << "neither hyphenation nor tightening is applied";
+  EXPECT_EQ(paragraph.tighteningFactorForTruncation(), 0.05f);
   EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), leaf);
-  EXPECT_EQ(attributes->objectForKey(ns::ForegroundColorAttributeName).object(),
-            ns::Color::redColor())
-      << "an undefined property keeps the attributes' value";
-}
+  EXPECT_FALSE(attributes->containsKey(ns::ForegroundColorAttributeName)) << "a nil colour removes";
+  EXPECT_EQ(attributes->objectForKey(ns::UnderlineColorAttributeName).object(),
+            ns::Color::greenColor());
+  EXPECT_TRUE(attributes->containsKey(ns::BackgroundColorAttributeName)) << "not the style's";
 
-TEST(VLStyle, StyleMatchesItsOwnAttributesOnly) {
-  auto root = VLStyle::defaultParagraphStyle();
-  root->setFont(font(u"Courier", 12));
-  auto leaf = childOf(childOf(root));
-  leaf->parentStyle()->setHasBoldFontWeight(true);
-  leaf->setFontSize(16);
-  auto attributes = leaf->attributes();
-  EXPECT_EQ(fontOf(*attributes), font(u"Courier-Bold", 16));
-  EXPECT_TRUE(leaf->matchesAttributes(*attributes));
-  EXPECT_FALSE(leaf->parentStyle()->matchesAttributes(*attributes));
-  attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
-  EXPECT_TRUE(leaf->matchesParagraphStyle(*attributes));
-  EXPECT_FALSE(leaf->matchesTextAttributes(*attributes));
-  attributes = leaf->attributes();
-  attributes->setObject(font(u"Courier-BoldOblique", 16), ns::FontAttributeName);
-  EXPECT_FALSE(leaf->matchesAttributes(*attributes));
-  attributes->setObject(font(u"Times-Bold", 16), ns::FontAttributeName);
-  EXPECT_FALSE(leaf->matchesAttributes(*attributes)) << "another family";
-}
-
-TEST(VLStyle, ApplyLeavesHyphenationAndTighteningAlone) {
-  auto style = VLStyle::create();
-  style->setHyphenationFactor(0.75);
-  style->setTighteningFactor(0.5);
-  auto attributes = plainAttributes();
-  style->applyToAttributes(*attributes);
-  EXPECT_EQ(paragraphOf(*attributes).hyphenationFactor(), 0.0f);
-  EXPECT_EQ(paragraphOf(*attributes).tighteningFactorForTruncation(), 0.05f);
-}
-
-TEST(VLStyle, ApplyTakesMissingParagraphStyleAsTheDefault) {
-  auto style = VLStyle::create();
-  style->setHeadIndent(5);
-  auto attributes = ns::Dictionary::create({{u"NSFont", font(u"Helvetica", 12)}});
-  style->applyToAttributes(*attributes);
-  EXPECT_EQ(paragraphOf(*attributes).headIndent(), 5.0);
-  EXPECT_EQ(paragraphOf(*attributes).tabStops().size(), 12u);
-}
-
-TEST(VLStyle, UnderlineOffOverParentRemovesUnderlineAndSkipsPattern) {
-  auto parent = VLStyle::create();
-  parent->setUnderlineStyle(ns::UnderlineStyleSingle);
-  parent->setUnderlinePattern(ns::UnderlinePatternDash);
-  auto child = childOf(parent);
-  child->setUnderlineStyle(0);
-  child->setUnderlinePattern(ns::UnderlinePatternDot);
-  auto attributes = plainAttributes();
-  child->applyToAttributes(*attributes);
-  EXPECT_FALSE(attributes->containsKey(ns::UnderlineStyleAttributeName));
-
-  auto byWord = childOf(parent);
-  byWord->setUnderlineMask(ns::UnderlineByWordMask);
-  attributes = plainAttributes();
-  byWord->applyToAttributes(*attributes);
-  EXPECT_EQ(attributes->objectForKey(ns::UnderlineStyleAttributeName).integerValue(),
-            ns::UnderlineStyleSingle | ns::UnderlinePatternDash | ns::UnderlineByWordMask);
+  // Without a paragraph style the platform default is the start; without a font, nothing is.
+  auto bare = ns::Dictionary::create({{u"NSFont", font(u"Helvetica")}});
+  leaf->applyToAttributes(*bare);
+  EXPECT_EQ(paragraphOf(*bare).headIndent(), 20.0);
+  ns::Dictionary empty;
+  EXPECT_EQ(failureOf([&] { VLStyle::create()->applyTextPropertiesToAttributes(empty); }),
+            "Font not specified");
 }
 
 TEST(VLStyle, ApplyWritesStyleAttributesByKind) {
@@ -271,82 +199,72 @@ TEST(VLStyle, ApplyWritesStyleAttributesByKind) {
   base->setHeadIndent(10);
   auto automatic = childOf(base);
   automatic->setIsAutomaticStyle(true);
-  auto attributes = plainAttributes();
-  automatic->applyToAttributes(*attributes);
-  EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), base)
+  EXPECT_EQ(appliedTo(*automatic)->objectForKey(VLParagraphStyleAttributeName).object(), base)
       << "an automatic style stands for its parent";
-
   auto orphan = VLStyle::create();
   orphan->setIsAutomaticStyle(true);
-  attributes = plainAttributes();
+  auto attributes = plainAttributes();
   attributes->setObject(u"marker", VLParagraphStyleAttributeName);
   orphan->applyToAttributes(*attributes);
   EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName), Value(u"marker"));
-
   auto nested = childOf(automatic);
   nested->setIsAutomaticStyle(true);
-  EXPECT_EQ(assertionOf([&] { nested->applyToAttributes(*plainAttributes()); }),
-            "Parent style is automatic style");
+  EXPECT_EQ(failureOf([&] { appliedTo(*nested); }), "Parent style is automatic style");
 
-  // A text style writes its own attribute; its paragraph values are not applied, but a
-  // paragraph style below it applies the whole chain's.
+  // A text style writes its own attribute and not its paragraph values; a paragraph style below
+  // it applies the whole chain's.
   auto text = childOf(base);
   text->setStyleType(VLTextStyleType);
   text->setHeadIndent(50);
-  attributes = plainAttributes();
-  text->applyToAttributes(*attributes);
+  attributes = appliedTo(*text);
   EXPECT_EQ(attributes->objectForKey(VLTextStyleAttributeName).object(), text);
   EXPECT_EQ(attributes->objectForKey(VLParagraphStyleAttributeName).object(), base);
   EXPECT_EQ(paragraphOf(*attributes).headIndent(), 10.0);
-  auto below = childOf(text);
-  attributes = plainAttributes();
-  below->applyToAttributes(*attributes);
-  EXPECT_EQ(paragraphOf(*attributes).headIndent(), 50.0);
+  EXPECT_EQ(paragraphOf(*appliedTo(*childOf(text))).headIndent(), 50.0);
 
   auto other = VLStyle::create();
   other->setStyleType(VLOtherStyleType);
-  attributes = plainAttributes();
-  other->applyToAttributes(*attributes);
-  EXPECT_FALSE(attributes->containsKey(VLParagraphStyleAttributeName));
+  EXPECT_FALSE(appliedTo(*other)->containsKey(VLParagraphStyleAttributeName));
 }
 
-TEST(VLStyle, ApplyWithoutAnyFontFails) {
-  auto style = VLStyle::create();
-  ns::Dictionary attributes;
-  EXPECT_EQ(assertionOf([&] { style->applyTextPropertiesToAttributes(attributes); }),
-            "Font not specified");
-}
-
-TEST(VLStyle, ColoursAreStoredOrRemoved) {
-  auto style = VLStyle::create();
-  style->setForegroundColor(nullptr);
-  style->setUnderlineColor(ns::Color::greenColor());
-  auto attributes = plainAttributes();
+TEST(VLStyle, MatchingComparesTheStylesOwnAttributes) {
+  auto root = VLStyle::defaultParagraphStyle();
+  root->setFont(font(u"Courier"));
+  auto leaf = childOf(childOf(root));
+  leaf->parentStyle()->setHasBoldFontWeight(true);
+  leaf->setFontSize(16);
+  auto attributes = leaf->attributes();
+  EXPECT_TRUE(leaf->matchesAttributes(*attributes));
+  EXPECT_FALSE(leaf->parentStyle()->matchesAttributes(*attributes));
   attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
-  style->applyToAttributes(*attributes);
-  EXPECT_FALSE(attributes->containsKey(ns::ForegroundColorAttributeName));
-  EXPECT_EQ(attributes->objectForKey(ns::UnderlineColorAttributeName).object(),
-            ns::Color::greenColor());
-}
+  EXPECT_TRUE(leaf->matchesParagraphStyle(*attributes));
+  EXPECT_FALSE(leaf->matchesTextAttributes(*attributes));
+  for (auto other : {u"Courier-BoldOblique", u"Times-Bold"}) {
+    attributes = leaf->attributes();
+    attributes->setObject(font(other, 16), ns::FontAttributeName);
+    EXPECT_FALSE(leaf->matchesAttributes(*attributes)) << ns::toUTF8(other);
+  }
 
-TEST(VLStyle, TextDefinitionComparisonLeavesUnderlineColourOutOfTheBlock) {
-  auto a = VLStyle::create();
-  auto b = VLStyle::create();
+  // Definitions compare fonts by family, and the underline colour only one way.
+  auto a = VLStyle::create(), b = VLStyle::create();
   a->setFont(font(u"Courier", 10));
   b->setFont(font(u"Courier-Bold", 14));
-  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b)) << "fonts compare by family";
+  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b));
   b->setFontSize(14);
   EXPECT_FALSE(a->matchesTextAttributeDefinitionsInStyle(*b)) << "defined bits differ";
   a->setFontSize(14);
-  EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b));
   b->setUnderlineColor(ns::Color::redColor());
   EXPECT_TRUE(a->matchesTextAttributeDefinitionsInStyle(*b));
   EXPECT_FALSE(b->matchesTextAttributeDefinitionsInStyle(*a));
-  a->setTextTransform(1);
-  EXPECT_FALSE(a->matchesTextAttributeDefinitionsInStyle(*b));
 }
 
 TEST(VLStyle, DerivedStyleIsEmptyExactlyWhenNothingDiffers) {
+  EXPECT_TRUE(VLStyle::create()->isEmpty());
+  auto automatic = VLStyle::create();
+  automatic->setIsAutomaticStyle(true);
+  EXPECT_FALSE(automatic->isEmpty());
+  EXPECT_FALSE(VLStyle::defaultParagraphStyle()->isEmpty()) << "a default style is never empty";
+
   auto sheet = VLStylesheet::defaultStylesheet();
   for (const VLStylePtr &style : sheet->styles()) {
     auto derived = style->derivedParagraphStyleWithAttributes(*style->attributes());
@@ -369,15 +287,11 @@ TEST(VLStyle, DerivedStyleIsEmptyExactlyWhenNothingDiffers) {
       {[](auto &, auto &p) { p.setHeaderLevel(4); }, VLStyleDefinesHeaderLevel},
       {[](auto &, auto &p) { p.setBaseWritingDirection(ns::WritingDirectionRightToLeft); },
        VLStyleDefinesBaseWritingDirection},
-      {[](auto &a, auto &) { a.setObject(ns::Font::fontWithName(u"Times-Bold", 16), u"NSFont"); },
+      {[](auto &a, auto &) { a.setObject(font(u"Times-Bold", 16), u"NSFont"); },
        VLStyleDefinesFont},
-      {[](auto &a, auto &) {
-         a.setObject(ns::Font::fontWithName(u"Helvetica-Bold", 20), u"NSFont");
-       },
+      {[](auto &a, auto &) { a.setObject(font(u"Helvetica-Bold", 20), u"NSFont"); },
        VLStyleDefinesFontSize},
-      {[](auto &a, auto &) {
-         a.setObject(ns::Font::fontWithName(u"Helvetica-BoldOblique", 16), u"NSFont");
-       },
+      {[](auto &a, auto &) { a.setObject(font(u"Helvetica-BoldOblique", 16), u"NSFont"); },
        VLStyleDefinesHasItalicFontStyle},
       {[](auto &a, auto &) { a.setObject(ns::Color::redColor(), u"NSColor"); },
        VLStyleDefinesForegroundColor},
@@ -396,17 +310,14 @@ TEST(VLStyle, DerivedStyleIsEmptyExactlyWhenNothingDiffers) {
     EXPECT_EQ(derived->defines(), changes[i].second) << "change " << i;
     EXPECT_TRUE(derived->matchesAttributes(*attributes)) << "change " << i;
   }
-}
 
-TEST(VLStyle, PlainFontOverBoldStyleRecordsNoBoldness) {
+  // A plain font over a bold style is another font, not a loss of boldness.
   auto bold = VLStyle::create();
-  bold->setFont(font(u"Helvetica", 12));
+  bold->setFont(font(u"Helvetica"));
   bold->setHasBoldFontWeight(true);
   auto attributes = plainAttributes();
-  attributes->setObject(font(u"Times-Roman", 12), ns::FontAttributeName);
-  auto derived = bold->derivedTextStyleWithAttributes(*attributes);
-  EXPECT_EQ(derived->defines(), VLStyleDefinesFont);
-  EXPECT_TRUE(bold->derivedTextStyleWithAttributes(*bold->attributes())->isEmpty());
+  attributes->setObject(font(u"Times-Roman"), ns::FontAttributeName);
+  EXPECT_EQ(bold->derivedTextStyleWithAttributes(*attributes)->defines(), VLStyleDefinesFont);
 }
 
 TEST(VLStyle, DerivedOperationsSetTypeParentAndClass) {
@@ -431,20 +342,18 @@ TEST(VLStyle, DerivedOperationsSetTypeParentAndClass) {
   auto text = style->derivedTextStyleWithAttributes(*attributes);
   EXPECT_EQ(text->styleType(), VLTextStyleType);
   EXPECT_EQ(text->parentStyle(), style);
-  EXPECT_EQ(text->styleName(), std::nullopt);
-
-  auto graphic = VLGraphicStyle::defaultGraphicStyle();
-  EXPECT_NE(std::dynamic_pointer_cast<VLGraphicStyle>(graphic->diffWithAttributes(*attributes)),
+  EXPECT_NE(std::dynamic_pointer_cast<VLGraphicStyle>(
+                VLGraphicStyle::defaultGraphicStyle()->diffWithAttributes(*attributes)),
             nullptr);
 }
 
 TEST(VLStyle, ResetsFollowTheirMasks) {
+  constexpr uint32_t resetBits =
+      0x7fffffffu & ~(VLStyleDefinesBaseWritingDirection | VLStyleDefinesUnderlinePattern |
+                      VLStyleDefinesUnderlineMask);
   auto style = VLStyle::create();
   style->resetToDefaultProperties();
-  constexpr uint32_t allBits = 0x7fffffffu;
-  EXPECT_EQ(style->defines(),
-            allBits & ~(VLStyleDefinesBaseWritingDirection | VLStyleDefinesUnderlinePattern |
-                        VLStyleDefinesUnderlineMask));
+  EXPECT_EQ(style->defines(), resetBits);
   EXPECT_EQ(style->font(), ns::Font::userFontOfSize(12));
   style->resetCharacterStyle();
   EXPECT_EQ(style->defines() & 0x3fc00000u, 0u) << "bits 22 to 29 cleared";
@@ -457,24 +366,18 @@ TEST(VLStyle, ResetsFollowTheirMasks) {
   kept->ensureDefaultProperties();
   EXPECT_EQ(kept->fontSize(), 20.0);
   EXPECT_TRUE(kept->pageBreakBefore());
-  EXPECT_EQ(kept->defines(),
-            allBits & ~(VLStyleDefinesBaseWritingDirection | VLStyleDefinesUnderlinePattern |
-                        VLStyleDefinesUnderlineMask));
-
+  EXPECT_EQ(kept->defines(), resetBits);
   kept->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 3));
   kept->resetParagraphStyle();
   EXPECT_TRUE(kept->tabStops().empty());
   EXPECT_TRUE(kept->definesTabStops()) << "the paragraph reset leaves the defines word";
 }
 
-TEST(VLStyle, DefaultParagraphStyleIsNewAndLocalized) {
+TEST(VLStyle, DefaultStyleIsNewEachTimeAndNamedInTheUsersLanguage) {
   auto a = VLStyle::defaultParagraphStyle();
   EXPECT_NE(a, VLStyle::defaultParagraphStyle());
   EXPECT_EQ(a->styleName(), u"Default_20_Style");
   EXPECT_EQ(a->displayName(), u"Default Style");
-  EXPECT_TRUE(a->isDefaultStyle());
-  EXPECT_EQ(a->description().substr(a->description().size() - 23), u"default-paragraph-style");
-
   ns::Bundle::mainBundle()->setStringsTable(
       u"", ns::Dictionary::create({{u"Default Style", Value(u"Standard-Stil")}}));
   auto localized = VLStyle::defaultParagraphStyle();
@@ -540,10 +443,8 @@ TEST(VLStyle, OutlineLevelIsTheOwnHeaderLevelWithTenForNone) {
   auto child = childOf(heading);
   EXPECT_EQ(child->headerLevel(), 1);
   EXPECT_EQ(child->outlineLevel(), 10);
-  EXPECT_FALSE(child->definesOutlineLevel());
   child->setOutlineLevel(10);
   EXPECT_EQ(child->headerLevel(), 0);
-  EXPECT_TRUE(child->definesHeaderLevel());
   EXPECT_EQ(heading->compareOutlineLevel(*child), ns::OrderedAscending);
   EXPECT_EQ(child->compareOutlineLevel(*heading), ns::OrderedDescending);
   EXPECT_EQ(child->compareOutlineLevel(*VLStyle::create()), ns::OrderedSame);
@@ -572,11 +473,10 @@ TEST(VLStyle, PaginationQueries) {
   }
 }
 
-TEST(VLStyle, EqualityComparesTheChainButNotLinksOrPageBreakAfter) {
+TEST(VLStyle, EqualityComparesTheChainButNotLinks) {
   auto sheet = VLStylesheet::defaultStylesheet();
   auto heading = sheet->styleForName(u"Heading_20_1");
   auto copy = ns::copyOf(*heading);
-  EXPECT_TRUE(heading->isEqualToStyle(copy));
   copy->setNextStyle(nullptr);
   EXPECT_TRUE(heading->isEqualToStyle(copy));
   copy->setParentStyle(VLStyle::defaultParagraphStyle());
@@ -595,9 +495,6 @@ TEST(VLStyle, CopySharesNothingMutableButLinks) {
   auto heading = sheet->styleForName(u"Heading_20_1");
   heading->setObject(u"value", u"key");
   auto copy = ns::copyOf(*heading);
-  EXPECT_NE(copy->paragraphStyle(), heading->paragraphStyle());
-  EXPECT_NE(copy->properties(), heading->properties());
-  EXPECT_EQ(copy->objectForKey(u"key"), Value(u"value"));
   EXPECT_EQ(copy->parentStyle(), heading->parentStyle());
   EXPECT_EQ(copy->nextStyle(), heading->nextStyle());
   EXPECT_EQ(copy->tabStyle(), heading->tabStyle());
@@ -610,15 +507,13 @@ TEST(VLStyle, CopySharesNothingMutableButLinks) {
             nullptr);
 }
 
-TEST(VLStyle, ArchiveKeepsValuesAndLosesPageBreakAfter) {
+TEST(VLStyle, ArchiveKeepsValuesAndRingsButLosesPageBreakAfter) {
   auto style = VLStyle::create();
-  style->setStyleName(u"Name");
   style->setFont(font(u"Times-Roman", 13));
   style->setHasItalicFontStyle(true);
   style->setUnderlineStyle(ns::UnderlineStyleDouble);
   style->setForegroundColor(ns::Color::redColor());
   style->setPageBreakAfter(true);
-  style->setPageBreakBefore(true);
   style->setTailIndent(-20);
   style->setStyleType(VLTextStyleType);
   style->setNextStyle(style);
@@ -629,71 +524,15 @@ TEST(VLStyle, ArchiveKeepsValuesAndLosesPageBreakAfter) {
   ASSERT_TRUE(decoded);
   EXPECT_EQ(decoded->nextStyle(), decoded);
   decoded->setNextStyle(nullptr);
+  EXPECT_TRUE(decoded->isEqualToStyle(style)) << "equality leaves page breaks after out";
   EXPECT_EQ(decoded->defines(), style->defines());
-  EXPECT_EQ(decoded->styleName(), u"Name");
-  EXPECT_EQ(decoded->displayName(), u"Name");
-  ASSERT_TRUE(decoded->font());
-  EXPECT_TRUE(decoded->font()->isEqual(*style->font()));
-  EXPECT_TRUE(decoded->hasItalicFontStyle());
-  EXPECT_EQ(decoded->underlineStyle(), ns::UnderlineStyleDouble);
-  EXPECT_TRUE(decoded->pageBreakBefore());
   EXPECT_FALSE(decoded->pageBreakAfter()) << "written, never read";
-  EXPECT_TRUE(decoded->definesPageBreakAfter());
-  EXPECT_EQ(decoded->tailIndent(), -20.0);
-  EXPECT_EQ(decoded->styleType(), VLTextStyleType);
-
-  // The defines word is stored bit by bit under names; "pageBreakAfter" is written too.
-  std::vector<std::u16string> keys = {u"styleName",
-                                      u"displayName",
-                                      u"properties",
-                                      u"styleType",
-                                      u"parentStyle",
-                                      u"nextStyle",
-                                      u"tabStyle",
-                                      u"paragraphStyle",
-                                      u"paginationStyle",
-                                      u"font",
-                                      u"fontSize",
-                                      u"foregroundColor",
-                                      u"underlineColor",
-                                      u"underlineStyleAttribute",
-                                      u"textTransform",
-                                      u"isDefaultStyle",
-                                      u"isAutomaticStyle",
-                                      u"hasBoldFontWeight",
-                                      u"hasItalicFontStyle",
-                                      u"pageBreakBefore",
-                                      u"pageBreakAfter",
-                                      u"keepWithNext",
-                                      u"avoidsWidowsAndOrphans"};
-  for (unsigned bit = 0; bit < VLStyleDefinesBitCount; ++bit)
-    keys.push_back(u"defines." + std::u16string(VLStyle::nameOfDefinesBit(bit)));
-  EXPECT_EQ(test::archivedKeys(style, u"VLStyle"), test::sorted(keys));
 }
 
-TEST(VLStyle, KeyValueCodingAndTabStopNotices) {
-  auto parent = VLStyle::create();
-  parent->setDisplayName(u"Parent");
-  parent->setFontSize(15);
-  auto style = childOf(parent);
-  EXPECT_EQ(style->valueForKey(u"fontSize"), Value(15.0));
-  EXPECT_EQ(style->valueForKeyPath(u"parentStyle.displayName"), Value(u"Parent"));
-  style->setValueForKey(2, u"alignment");
-  EXPECT_EQ(style->alignment(), ns::TextAlignmentCenter);
-  EXPECT_TRUE(style->definesAlignment());
-  style->setValueForKey(ns::Array::create({ns::TextTab::create(ns::LeftTabStopType, 5)}),
-                        u"tabStops");
-  EXPECT_EQ(style->tabStops().size(), 1u);
-  EXPECT_EQ(style->valueForKey(u"outlineLevel"), Value(10));
-  EXPECT_EQ(style->valueForKey(u"noSuchKey"), Value());
-
-  struct Observer : ns::Object {
-    int changes = 0;
-    void observeValueForKeyPath(std::u16string_view, ns::Object *, const ns::DictionaryPtr &,
-                                const void *) override {
-      ++changes;
-    }
-  } observer;
+TEST(VLStyle, TabStopEditsAnnounce) {
+  auto style = VLStyle::create();
+  style->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 5));
+  test::Counter observer;
   style->addObserver(&observer, u"tabStops", 0, nullptr);
   style->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9));
   style->removeTabStop(ns::TextTab(ns::LeftTabStopType, 5));
@@ -702,81 +541,34 @@ TEST(VLStyle, KeyValueCodingAndTabStopNotices) {
   EXPECT_EQ(observer.changes, 2) << "setTabStops posts no notice";
 }
 
-TEST(VLStyle, DescendantsAndDescription) {
-  auto root = VLStyle::create();
-  auto child = childOf(root);
-  auto grandchild = childOf(child);
-  EXPECT_TRUE(grandchild->isDescendantOfStyle(root));
-  EXPECT_FALSE(root->isDescendantOfStyle(root));
-  EXPECT_FALSE(root->isDescendantOfStyle(grandchild));
-  EXPECT_FALSE(child->isDescendantOfStyle(nullptr));
-  child->setStyleName(u"Child");
-  EXPECT_EQ(child->description().substr(child->description().size() - 6), u" Child");
-  auto text = VLStyle::create();
-  text->setStyleType(VLTextStyleType);
-  text->setIsDefaultStyle(true);
-  EXPECT_NE(text->description().find(u"default-text-style"), std::u16string::npos);
-}
-
-TEST(VLStyle, TextDefinitionDefaultStyleShowsEverythingButWhatItLacks) {
-  auto style = VLStyle::defaultParagraphStyle();
-  std::u16string family = style->font()->familyName();
-  EXPECT_EQ(style->textDefinition(),
-            u"Font: " + family +
-                u", 12.0 pt, , , , Color:Black, Text Transform:None, Level:  0, Natural, Spacing "
-                u"Before: 0.0 pt After: 0.0 pt, First Line: 0.0 pt, Left: 0.0 pt, Right: 0.0 pt, "
-                u"Default Tab Interval: 36.0 pt, No Page Break Before, No Page Break After, No "
-                u"keep with next, No Widow/Orphan control");
-}
-
-TEST(VLStyle, TextDefinitionParentGoesInFront) {
-  auto parent = VLStyle::defaultParagraphStyle();
-  auto child = VLStyle::create();
-  child->setParentStyle(parent);
+TEST(VLStyle, TextDefinitionSummarizesWhatTheStyleAddsToItsParent) {
+  auto child = childOf(VLStyle::defaultParagraphStyle());
   EXPECT_EQ(child->textDefinition(), u"Default Style") << "no \" + \" before nothing";
   child->setFont(ns::Font::fontWithName(u"Courier", 10));
   child->setFontSize(12);
   EXPECT_EQ(child->textDefinition(), u"Default Style + Font: Courier, 12.0 pt");
-  EXPECT_EQ(VLStyle::create()->textDefinition(), u"");
-}
 
-TEST(VLStyle, TextDefinitionItemsOfAnOrdinaryStyle) {
   auto style = VLStyle::create();
   style->setHasBoldFontWeight(false);
-  style->setHasItalicFontStyle(true);
-  style->setUnderlineStyle(0);
   style->setForegroundColor(ns::Color::redColor());
-  style->setTextTransform(7);
   style->setHeaderLevel(0);
   style->setAlignment(ns::TextAlignmentCenter);
-  style->setParagraphSpacing(6);
-  style->setHeadIndent(1.5);
   style->setPaginationStyle(VLDialoguePagination);
   style->setPageBreakBefore(true);
   EXPECT_EQ(style->textDefinition(),
-            u"Not Bold, Italic, Not Underlined, Color:#ff0000, Text Transform:, Level: Body Text, "
-            u"Centered, Spacing After: 6.0 pt, Left: 1.5 pt, Paginate as Dialog")
+            u"Not Bold, Color:#ff0000, Level: Body Text, Centered, Paginate as Dialog")
       << "a pagination class hides the page break items";
 
-  auto unknown = VLStyle::create();
-  unknown->setPaginationStyle(12);
-  unknown->setHeaderLevel(2);
-  EXPECT_EQ(unknown->textDefinition(), u"Level:  2, Paginate as Normal");
-}
-
-TEST(VLStyle, TextDefinitionWordsAreLocalized) {
   ns::Bundle::mainBundle()->setStringsTable(
-      u"", ns::Dictionary::create(
-               {{u"Bold", ns::Value(u"Gras")}, {u"Keep with next", ns::Value(u"Lié au suivant")}}));
-  auto style = VLStyle::create();
-  style->setHasBoldFontWeight(true);
-  style->setKeepWithNext(true);
-  std::u16string text = style->textDefinition();
+      u"", ns::Dictionary::create({{u"Keep with next", ns::Value(u"Li\u00e9 au suivant")}}));
+  auto localized = VLStyle::create();
+  localized->setKeepWithNext(true);
+  std::u16string text = localized->textDefinition();
   ns::Bundle::resetMainBundle();
-  EXPECT_EQ(text, u"Gras, Lié au suivant");
+  EXPECT_EQ(text, u"Li\u00e9 au suivant");
 }
 
-TEST(VLStyle, WalksOverAParentLoopEnd) {
+TEST(VLStyle, WalksEndAtAParentLoopAndAtTheCascadeDepth) {
   auto a = VLStyle::create();
   auto b = childOf(a);
   a->setParentStyle(b);
@@ -787,6 +579,9 @@ TEST(VLStyle, WalksOverAParentLoopEnd) {
   EXPECT_FALSE(a->isDescendantOfStyle(VLStyle::create()));
   EXPECT_NO_THROW((void)a->isEqualToStyle(b));
   a->setParentStyle(nullptr);
+  EXPECT_TRUE(b->isDescendantOfStyle(a));
+  EXPECT_FALSE(a->isDescendantOfStyle(a));
+  EXPECT_FALSE(a->isDescendantOfStyle(nullptr));
 
   // A chain deeper than any walk goes is cut: what lies beyond is not seen.
   auto root = VLStyle::create();

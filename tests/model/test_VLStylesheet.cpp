@@ -1,36 +1,42 @@
-// Stylesheets: adding, removing and replacing styles with their links, lookups in insertion
-// order, the default styles, the other collections, rings, archives and copies.
+// Stylesheets: adding, removing and replacing styles with their links, lookups, the default
+// styles, the other collections, free names, and importing styles from another sheet.
 #include "ModelTestSupport.h"
 #include "model/VLStylesheet.h"
 #include "ns/Array.h"
+#include "ns/String.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace vl;
 using ns::Value;
+using test::named;
 
 namespace {
 
-VLStylePtr named(std::u16string_view name, const VLStylePtr &parent = nullptr) {
-  VLStylePtr style = VLStyle::create();
-  style->setStyleName(std::u16string(name));
-  style->setParentStyle(parent);
+VLStylePtr displayed(std::u16string_view styleName, std::u16string_view displayName) {
+  VLStylePtr style = named(styleName);
+  style->setDisplayName(std::u16string(displayName));
   return style;
 }
 
-struct Counter : ns::Object {
-  int changes = 0;
-  void observeValueForKeyPath(std::u16string_view, ns::Object *, const ns::DictionaryPtr &,
-                              const void *) override {
-    ++changes;
-  }
-};
+// A style named after its display name, as a user makes it.
+VLStylePtr userStyle(std::u16string_view displayName, const VLStylePtr &parent = nullptr) {
+  VLStylePtr style = named(*VLStyle::styleNameForDisplayName(displayName), parent);
+  style->setDisplayName(std::u16string(displayName));
+  return style;
+}
+
+VLStylePtr mapped(const ns::DictionaryPtr &map, std::u16string_view name) {
+  return map->objectForKey(name).as<VLStyle>();
+}
 
 } // namespace
 
 TEST(VLStylesheet, AddKeepsOneOfEachObjectAndAnnounces) {
   auto sheet = VLStylesheet::create();
-  Counter counter;
+  test::Counter counter;
   sheet->addObserver(&counter, u"styles", 0, nullptr);
   auto a = named(u"A");
   sheet->addStyle(a);
@@ -41,10 +47,9 @@ TEST(VLStylesheet, AddKeepsOneOfEachObjectAndAnnounces) {
   EXPECT_EQ(sheet->styles().size(), 2u) << "equal names are allowed, the same object is not";
   EXPECT_EQ(counter.changes, 3);
   EXPECT_EQ(sheet->styleForName(u"A"), a) << "first match in insertion order";
-  EXPECT_EQ(sheet->valueForKey(u"styles").array()->count(), 2u);
 }
 
-TEST(VLStylesheet, RemoveClearsOtherStylesLinks) {
+TEST(VLStylesheet, RemoveAndReplaceRelinkTheOtherStyles) {
   auto sheet = VLStylesheet::create();
   auto base = named(u"Base");
   auto child = named(u"Child", base);
@@ -60,36 +65,30 @@ TEST(VLStylesheet, RemoveClearsOtherStylesLinks) {
   EXPECT_EQ(child->tabStyle(), nullptr);
   EXPECT_EQ(base->nextStyle(), base) << "the removed style keeps its own links";
   base->setNextStyle(nullptr);
-}
 
-TEST(VLStylesheet, RemovingTheDefaultStyleOrphansChildrenAndMakesANewOne) {
-  auto sheet = VLStylesheet::defaultStylesheet();
-  auto old = sheet->defaultParagraphStyle();
-  auto body = sheet->styleForName(u"Body_20_Text");
-  sheet->removeStyle(old);
-  EXPECT_EQ(body->parentStyle(), nullptr);
-  EXPECT_EQ(sheet->styles().size(), 4u);
-  auto fresh = sheet->defaultParagraphStyle();
-  EXPECT_NE(fresh, old);
-  EXPECT_EQ(sheet->styles().back(), fresh);
-  EXPECT_EQ(sheet->defaultParagraphStyle(), fresh) << "made once";
-}
-
-TEST(VLStylesheet, ReplacePointsLinksAtTheNewStyleAndMovesItLast) {
-  auto sheet = VLStylesheet::create();
-  auto old = named(u"Old");
-  auto other = named(u"Other", old);
-  other->setTabStyle(old);
+  auto other = named(u"Other", child);
+  other->setTabStyle(child);
   auto last = named(u"Last");
-  last->setNextStyle(old);
-  for (const auto &style : {old, other, last})
-    sheet->addStyle(style);
+  last->setNextStyle(child);
+  sheet->addStyle(other);
+  sheet->addStyle(last);
   auto replacement = named(u"New");
-  sheet->replaceStyle(old, replacement);
+  sheet->replaceStyle(child, replacement);
   EXPECT_EQ(sheet->styles(), (std::vector<VLStylePtr>{other, last, replacement}));
   EXPECT_EQ(other->parentStyle(), replacement);
   EXPECT_EQ(other->tabStyle(), replacement);
   EXPECT_EQ(last->nextStyle(), replacement);
+
+  // Without its default style a sheet orphans the children and makes a new one, once.
+  auto defaults = VLStylesheet::defaultStylesheet();
+  auto old = defaults->defaultParagraphStyle();
+  auto body = defaults->styleForName(u"Body_20_Text");
+  defaults->removeStyle(old);
+  EXPECT_EQ(body->parentStyle(), nullptr);
+  auto fresh = defaults->defaultParagraphStyle();
+  EXPECT_NE(fresh, old);
+  EXPECT_EQ(defaults->styles().back(), fresh);
+  EXPECT_EQ(defaults->defaultParagraphStyle(), fresh);
 }
 
 TEST(VLStylesheet, LookupsByNameDisplayNameAndLevels) {
@@ -97,24 +96,20 @@ TEST(VLStylesheet, LookupsByNameDisplayNameAndLevels) {
   EXPECT_EQ(sheet->styleForName(std::nullopt), nullptr);
   EXPECT_EQ(sheet->styleForName(u"Body Text"), nullptr) << "style names are encoded";
   EXPECT_EQ(*sheet->styleForDisplayName(u"Body Text")->styleName(), u"Body_20_Text");
-  EXPECT_EQ(sheet->styleForDisplayName(std::nullopt), nullptr);
   auto unnamed = named(u"Only_name");
   sheet->addStyle(unnamed);
   EXPECT_EQ(sheet->styleForDisplayName(u"Only_name"), unnamed)
       << "a style without a display name answers with its style name";
-
   EXPECT_EQ(*sheet->styleForHeaderLevel(0)->styleName(), u"Body_20_Text")
       << "the default style comes last for level 0";
   EXPECT_EQ(*sheet->styleForHeaderLevel(2)->styleName(), u"Heading_20_2");
   EXPECT_EQ(sheet->styleForHeaderLevel(7), nullptr);
-  EXPECT_EQ(*sheet->styleForOutlineLevel(3)->styleName(), u"Heading_20_3");
   EXPECT_EQ(*sheet->styleForOutlineLevel(10)->styleName(), u"Default_20_Style")
       << "own levels only: the default style has none";
 
-  auto onlyDefault = VLStylesheet::create();
-  auto base = onlyDefault->defaultParagraphStyle();
-  EXPECT_EQ(onlyDefault->styleForHeaderLevel(0), base);
   // Header levels cascade: a child added before the heading is found first.
+  auto onlyDefault = VLStylesheet::create();
+  EXPECT_EQ(onlyDefault->styleForHeaderLevel(0), onlyDefault->defaultParagraphStyle());
   auto heading = named(u"H");
   heading->setHeaderLevel(4);
   auto child = named(u"C", heading);
@@ -122,9 +117,20 @@ TEST(VLStylesheet, LookupsByNameDisplayNameAndLevels) {
   onlyDefault->addStyle(heading);
   EXPECT_EQ(onlyDefault->styleForHeaderLevel(4), child);
   EXPECT_EQ(onlyDefault->styleForOutlineLevel(4), heading);
+
+  // Equal styles and the children of a style, each once, in order of discovery.
+  auto otherSheet = VLStylesheet::defaultStylesheet();
+  auto other = otherSheet->styleForName(u"Heading_20_2");
+  EXPECT_EQ(sheet->styleMatchingStyle(other), sheet->styleForName(u"Heading_20_2"));
+  other->setFontSize(14);
+  EXPECT_EQ(sheet->styleMatchingStyle(other), nullptr);
+  auto second = named(u"Second", heading);
+  onlyDefault->addStyle(named(u"Grandchild", second));
+  EXPECT_EQ(onlyDefault->descendantsOfStyle(heading), (std::vector<VLStylePtr>{child, second}));
+  EXPECT_EQ(onlyDefault->descendantsOfStyle(child), std::nullopt) << "nil, not an empty array";
 }
 
-TEST(VLStylesheet, DefaultTextAndGraphicStyles) {
+TEST(VLStylesheet, DefaultTextGraphicAndListStyles) {
   auto sheet = VLStylesheet::create();
   EXPECT_EQ(sheet->defaultTextStyle(), nullptr);
   EXPECT_TRUE(sheet->styles().empty()) << "no text style is made";
@@ -134,18 +140,18 @@ TEST(VLStylesheet, DefaultTextAndGraphicStyles) {
   sheet->addStyle(text);
   EXPECT_EQ(sheet->defaultTextStyle(), text);
   EXPECT_NE(sheet->defaultParagraphStyle(), text);
-
   auto graphic = sheet->defaultGraphicStyle();
-  EXPECT_EQ(sheet->graphicStyles().size(), 1u);
   EXPECT_EQ(sheet->defaultGraphicStyle(), graphic);
   EXPECT_EQ(*graphic->styleName(), u"Default_20_Graphic_20_Style");
   EXPECT_EQ(graphic->derivedGraphicStyleWithAttachment(nullptr)->parentStyle(), graphic);
-  sheet->removeGraphicStyle(graphic);
-  EXPECT_TRUE(sheet->graphicStyles().empty());
+  auto layout = VLPageLayout::create();
+  sheet->addPageLayoutStyle(layout);
+  sheet->addPageLayoutStyle(layout);
+  EXPECT_EQ(sheet->pageLayoutStyles().size(), 1u) << "a layout is held once";
+  EXPECT_EQ(sheet->defaultListStyle(), VLListStyle::defaultListStyle());
 }
 
-TEST(VLStylesheet, PaginationAndOutlineSettings) {
-  EXPECT_TRUE(VLStylesheet::defaultStylesheet()->requiresSpecialPagination());
+TEST(VLStylesheet, PaginationOutlineSettingsAndSortOrder) {
   auto plain = VLStylesheet::create();
   plain->defaultParagraphStyle();
   EXPECT_FALSE(plain->requiresSpecialPagination());
@@ -155,18 +161,16 @@ TEST(VLStylesheet, PaginationAndOutlineSettings) {
   EXPECT_TRUE(plain->requiresSpecialPagination());
 
   auto sheet = VLStylesheet::defaultStylesheet();
+  EXPECT_TRUE(sheet->requiresSpecialPagination());
   auto levels = sheet->defaultOutlineSettings()->objectForKey(u"outlineLevelSettings").array();
   ASSERT_EQ(levels->count(), 1u);
   auto level = levels->objectAtIndex(0).dictionary();
   EXPECT_EQ(level->objectForKey(u"displayName"), Value(u"Body Text"));
   EXPECT_EQ(level->objectForKey(u"defaultStyle"), Value(u"Body_20_Text"));
-  auto novel = VLStylesheet::defaultNovelStylesheet();
-  EXPECT_EQ(novel->defaultOutlineSettings()->valueForKeyPath(u"outlineLevelSettings.defaultStyle"),
+  EXPECT_EQ(VLStylesheet::defaultNovelStylesheet()->defaultOutlineSettings()->valueForKeyPath(
+                u"outlineLevelSettings.defaultStyle"),
             Value(ns::Array::create({u"Default_20_Style"})));
-}
 
-TEST(VLStylesheet, DefaultSortDescriptorsOrderByLevelThenName) {
-  auto sheet = VLStylesheet::defaultStylesheet();
   std::vector<VLStylePtr> styles = sheet->styles();
   auto descriptors = VLStylesheet::defaultSortDescriptors();
   std::stable_sort(styles.begin(), styles.end(), [&](const VLStylePtr &a, const VLStylePtr &b) {
@@ -182,88 +186,215 @@ TEST(VLStylesheet, DefaultSortDescriptorsOrderByLevelThenName) {
                                                 u"Body_20_Text", u"Default_20_Style"}));
 }
 
-TEST(VLStylesheet, PageLayoutsAndListStyles) {
+TEST(VLStylesheetNaming, FreeNamesCountOnlyTheirOwnKind) {
   auto sheet = VLStylesheet::create();
-  Counter counter;
-  sheet->addObserver(&counter, u"pageLayoutStyles", 0, nullptr);
-  auto layout = VLPageLayout::create();
-  sheet->addPageLayoutStyle(layout);
-  sheet->addPageLayoutStyle(layout);
-  EXPECT_EQ(sheet->pageLayoutStyles().size(), 1u);
-  sheet->removePageLayoutStyle(layout);
-  sheet->setPageLayoutStyles({layout, layout});
-  sheet->removeObserver(&counter, u"pageLayoutStyles");
-  EXPECT_EQ(counter.changes, 2);
-  EXPECT_EQ(sheet->pageLayoutStyles().size(), 2u);
+  EXPECT_EQ(sheet->uniqueNameForDisplayName(u"Scene Heading"), u"Scene_20_Heading");
+  sheet->addStyle(named(u"Scene_20_Heading"));
+  EXPECT_EQ(sheet->uniqueNameForDisplayName(u"Scene Heading"), u"Scene_20_Heading_1");
+  sheet->addStyle(named(u"Scene_20_Heading_1"));
+  EXPECT_EQ(sheet->uniqueNameForDisplayName(u"Scene Heading"), u"Scene_20_Heading_2");
+  sheet->addStyle(displayed(u"Other", u"Plain"));
+  EXPECT_EQ(sheet->uniqueNameForDisplayName(u"Plain"), u"Plain") << "tested against style names";
+  EXPECT_EQ(sheet->uniqueNameForDisplayName(u""), std::nullopt);
 
+  // Display names number from 2; a style without one shows its style name.
+  EXPECT_EQ(sheet->uniqueDisplayNameForName(u"Plain"), u"Plain 2");
+  sheet->addStyle(displayed(u"x", u"Plain 2"));
+  EXPECT_EQ(sheet->uniqueDisplayNameForName(u"Plain"), u"Plain 3");
+  EXPECT_EQ(sheet->uniqueDisplayNameForName(u"Scene_20_Heading"), u"Scene_20_Heading 2");
+  EXPECT_EQ(sheet->uniqueDisplayNameForName(u"Shot"), u"Shot");
+  EXPECT_EQ(sheet->uniqueDisplayNameForName(std::nullopt), std::nullopt);
+
+  // Automatic styles by kind and format; display names do not count.
+  auto automatic = VLStyle::create();
+  automatic->setIsAutomaticStyle(true);
+  EXPECT_EQ(sheet->uniqueNameForStyle(automatic), u"P1");
+  sheet->addStyle(named(u"P1"));
+  sheet->addStyle(named(u"P3"));
+  EXPECT_EQ(sheet->uniqueNameForStyle(automatic), u"P2");
+  EXPECT_EQ(sheet->uniqueNameForStyle(nullptr), u"P2");
+  automatic->setStyleType(VLTextStyleType);
+  EXPECT_EQ(sheet->uniqueNameForStyle(automatic), u"T1");
+  automatic->setStyleType(VLOtherStyleType);
+  EXPECT_EQ(sheet->uniqueNameForStyle(automatic), u"U1");
+  sheet->addStyle(displayed(u"Other", u"Q1"));
+  EXPECT_EQ(sheet->uniqueNameForStyle(automatic, u"Q%d"), u"Q1");
+
+  // Graphic styles, page layouts and list styles count only their own collection.
+  EXPECT_EQ(sheet->uniqueNameForGraphicStyle(nullptr), u"fr1");
+  auto graphic = VLGraphicStyle::create();
+  graphic->setStyleName(u"fr1");
+  sheet->addGraphicStyle(graphic);
+  sheet->addStyle(named(u"fr2"));
+  EXPECT_EQ(sheet->uniqueNameForGraphicStyle(nullptr), u"fr2");
+  auto first = VLPageLayout::create();
+  first->setName(u"pm1");
+  auto second = VLPageLayout::create();
+  second->setName(u"pm1");
+  sheet->addPageLayoutStyle(first);
+  sheet->addPageLayoutStyle(second);
+  EXPECT_EQ(sheet->uniqueNameForPageLayout(nullptr), u"pm2");
+  EXPECT_EQ(sheet->pageLayoutStyleForName(u"pm1"), first) << "first in order";
   auto list = VLListStyle::create();
+  list->setStyleName(u"Numbers");
+  list->setDisplayName(u"L1");
   sheet->addListStyle(list);
-  sheet->addListStyle(list);
-  EXPECT_EQ(sheet->listStyles().size(), 2u) << "no test for duplicates";
-  sheet->removeListStyle(list);
-  EXPECT_TRUE(sheet->listStyles().empty());
+  EXPECT_EQ(sheet->uniqueNameForListStyle(nullptr), u"L1") << "style names only";
+  EXPECT_EQ(sheet->listStyleForName(u"Numbers"), list);
+  EXPECT_EQ(sheet->listStyleForName(u"L1"), nullptr);
+  EXPECT_EQ(sheet->listStyleForDisplayName(u"L1"), list);
 }
 
-TEST(VLStylesheet, DestructionBreaksRings) {
-  std::weak_ptr<VLStyle> watched;
-  VLStylePtr kept;
-  {
-    auto sheet = VLStylesheet::defaultScreenplayStylesheet();
-    watched = sheet->styleForName(u"Action");
-    kept = sheet->styleForName(u"Dialogue");
-  }
-  EXPECT_TRUE(watched.expired()) << "the action style's ring to itself is gone";
-  EXPECT_EQ(kept->parentStyle(), nullptr);
-  EXPECT_EQ(kept->nextStyle(), nullptr);
-  EXPECT_EQ(kept->tabStyle(), nullptr);
-}
-
-TEST(VLStylesheet, CopyIsADeepArchiveRoundTripKeepingRings) {
-  auto sheet = VLStylesheet::defaultScreenplayStylesheet();
-  sheet->setDisplayName(u"Script");
-  sheet->properties()->setObject(u"value", u"key");
-  auto transition = sheet->styleForName(u"Transition");
-  transition->setPageBreakAfter(true);
-
-  auto copy = ns::copyOf(*sheet);
-  ASSERT_TRUE(copy);
-  EXPECT_EQ(copy->displayName(), u"Script");
-  EXPECT_EQ(copy->properties()->objectForKey(u"key"), Value(u"value"));
-  ASSERT_EQ(copy->styles().size(), sheet->styles().size());
-  for (size_t i = 0; i < copy->styles().size(); ++i) {
-    EXPECT_NE(copy->styles()[i], sheet->styles()[i]);
-    EXPECT_TRUE(copy->styles()[i]->isEqualToStyle(sheet->styles()[i])) << i;
-  }
-  auto action = copy->styleForName(u"Action");
-  EXPECT_EQ(action->nextStyle(), action);
-  EXPECT_EQ(action->tabStyle(), copy->styleForName(u"Character"));
-  EXPECT_EQ(action->parentStyle(), copy->defaultParagraphStyle());
-  EXPECT_EQ(copy->styleForName(u"Dialogue")->parentStyle(), action->parentStyle());
-  EXPECT_EQ(copy->styles().size(), sheet->styles().size()) << "the default style came along";
-  EXPECT_FALSE(copy->styleForName(u"Transition")->pageBreakAfter());
-  EXPECT_TRUE(copy->styleForName(u"Transition")->definesPageBreakAfter());
-  ASSERT_EQ(copy->graphicStyles().size(), 1u);
-  EXPECT_NE(copy->graphicStyles()[0], sheet->graphicStyles()[0]);
-}
-
-TEST(VLStylesheet, ArchiveHoldsEveryCollectionAndTheFontTable) {
-  auto fonts = std::make_shared<VLFontTable>();
-  fonts->addFont(VLFont::fontWithNSFont(ns::Font::fontWithName(u"Courier", 12)));
+TEST(VLStylesheetNaming, OutlineLevelNamesComeFromTheFirstOutlineListFirst) {
   auto sheet = VLStylesheet::defaultStylesheet();
-  sheet->setFontTable(fonts);
-  auto layout = VLPageLayout::create();
-  layout->setTopMargin(37);
-  sheet->addPageLayoutStyle(layout);
-  EXPECT_EQ(test::archivedKeys(sheet, u"VLStylesheet"),
-            test::sorted({u"displayName", u"fontTable", u"styles", u"listStyles", u"graphicStyles",
-                          u"pageLayoutStyles", u"properties"}));
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(1), u"Heading 1");
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(10), u"Default Style") << "10 is no level";
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(5), std::nullopt);
 
-  auto decoded = test::roundTrip(sheet);
-  ASSERT_TRUE(decoded);
-  ASSERT_TRUE(decoded->fontTable());
-  EXPECT_TRUE(decoded->fontTable()->fontForName(u"Courier"));
-  ASSERT_EQ(decoded->pageLayoutStyles().size(), 1u);
-  EXPECT_EQ(decoded->pageLayoutStyles()[0]->topMargin(), 37.0);
-  EXPECT_EQ(decoded->styleForName(u"Heading_20_1")->nextStyle(),
-            decoded->styleForName(u"Body_20_Text"));
+  auto levelNamed = [](uint64_t level, std::optional<std::u16string> displayName) {
+    auto style = std::make_shared<VLListBulletLevelStyle>();
+    style->setLevel(level);
+    style->setDisplayName(std::move(displayName));
+    return style;
+  };
+  auto plain = VLListStyle::create();
+  plain->addListLevelStyle(levelNamed(1, u"Bullet"));
+  auto outline = VLListStyle::create();
+  outline->setIsOutlineStyle(true);
+  outline->addListLevelStyle(levelNamed(1, u"Part"));
+  outline->addListLevelStyle(levelNamed(2, std::nullopt));
+  auto later = VLListStyle::create();
+  later->setIsOutlineStyle(true);
+  later->addListLevelStyle(levelNamed(3, u"Later"));
+  for (const auto &list : {plain, outline, later})
+    sheet->addListStyle(list);
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(1), u"Part");
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(2), u"Heading 2") << "a level without a name";
+  EXPECT_EQ(sheet->displayNameForOutlineLevel(3), u"Heading 3") << "only the first outline list";
+}
+
+TEST(VLStylesheetImport, EqualStylesAddNothingAndMapToTheStylesHere) {
+  auto sheet = VLStylesheet::defaultStylesheet();
+  auto source = VLStylesheet::defaultStylesheet();
+  auto map = sheet->importStyles({source->styleForName(u"Heading_20_1")}, false);
+  EXPECT_EQ(sheet->styles().size(), 5u);
+  for (const char16_t *name :
+       {u"Heading_20_1", u"Default_20_Style", u"Body_20_Text", u"Heading_20_2", u"Heading_20_3"})
+    EXPECT_EQ(mapped(map, name), sheet->styleForName(name)) << ns::toUTF8(name);
+  EXPECT_FALSE(sheet->properties()->containsKey(u"importStyleMap")) << "the map is gone after";
+  EXPECT_EQ(sheet->importStyles({nullptr}, true)->count(), 0u);
+}
+
+TEST(VLStylesheetImport, ParentsComeFirstAndLinksPointIntoTheSheet) {
+  auto sheet = VLStylesheet::create();
+  auto base = userStyle(u"Base");
+  auto body = userStyle(u"Body", base);
+  auto title = userStyle(u"Title", base);
+  title->setNextStyle(body);
+  title->setTabStyle(title);
+  body->setTabStyle(title);
+  auto map = sheet->importStyles({title, body}, false);
+  title->setTabStyle(nullptr); // the rings of the originals
+  title->setNextStyle(nullptr);
+  auto titleHere = mapped(map, u"Title");
+  auto bodyHere = mapped(map, u"Body");
+  auto baseHere = mapped(map, u"Base");
+  ASSERT_TRUE(titleHere && bodyHere && baseHere);
+  EXPECT_EQ(sheet->styles(), (std::vector<VLStylePtr>{baseHere, titleHere, bodyHere}));
+  EXPECT_NE(titleHere, title);
+  EXPECT_EQ(titleHere->parentStyle(), baseHere);
+  EXPECT_EQ(titleHere->nextStyle(), bodyHere);
+  EXPECT_EQ(titleHere->tabStyle(), titleHere);
+  EXPECT_EQ(bodyHere->tabStyle(), titleHere);
+  EXPECT_EQ(bodyHere->nextStyle(), nullptr);
+
+  // Outside importStyles there is no map: the style still comes in.
+  std::vector<VLStylePtr> remaining{userStyle(u"B")};
+  auto imported = sheet->importStyle(remaining[0], false, remaining);
+  EXPECT_TRUE(remaining.empty());
+  EXPECT_EQ(imported, sheet->styleForName(u"B"));
+}
+
+TEST(VLStylesheetImport, TakenNameIsRenamedOrReplaced) {
+  auto sheet = VLStylesheet::create();
+  auto resident = userStyle(u"Title");
+  resident->setFontSize(10);
+  sheet->addStyle(resident);
+  auto title = userStyle(u"Title");
+  title->setFontSize(20);
+  auto body = userStyle(u"Body");
+  title->setNextStyle(body);
+  auto map = sheet->importStyles({title}, false);
+  auto renamed = mapped(map, u"Title");
+  EXPECT_EQ(renamed->displayName(), u"Title 2");
+  EXPECT_EQ(renamed->styleName(), u"Title_20_2");
+  EXPECT_EQ(sheet->styleForName(u"Title"), resident);
+  EXPECT_EQ(resident->fontSize(), 10.0);
+  // The last step looks the old name up, so the links land on the resident style.
+  EXPECT_EQ(resident->nextStyle(), mapped(map, u"Body"));
+  EXPECT_EQ(renamed->nextStyle(), body) << "the copy keeps the link it was copied with";
+
+  auto defaults = VLStylesheet::defaultStylesheet();
+  auto oldBody = defaults->styleForName(u"Body_20_Text");
+  auto source = VLStylesheet::defaultStylesheet();
+  auto foreignBody = source->styleForName(u"Body_20_Text");
+  foreignBody->setParagraphSpacing(20);
+  auto newBody = mapped(defaults->importStyles({foreignBody}, true), u"Body_20_Text");
+  EXPECT_EQ(defaults->styles().back(), newBody);
+  EXPECT_EQ(defaults->styles().size(), 5u);
+  EXPECT_EQ(defaults->styleForName(u"Body_20_Text"), newBody);
+  EXPECT_EQ(newBody->paragraphSpacing(), 20.0);
+  EXPECT_EQ(defaults->styleForName(u"Heading_20_1")->nextStyle(), newBody);
+  EXPECT_EQ(newBody->tabStyle(), defaults->styleForName(u"Heading_20_1"));
+  EXPECT_EQ(newBody->parentStyle(), defaults->defaultParagraphStyle());
+  EXPECT_EQ(oldBody->tabStyle(), defaults->styleForName(u"Heading_20_1"))
+      << "the replaced style keeps its own links";
+}
+
+TEST(VLStylesheetImport, ForeignDefaultStyleArrivesAsADifference) {
+  auto sheet = VLStylesheet::defaultNovelStylesheet();
+  auto base = sheet->defaultParagraphStyle();
+  auto defaultCount = [&] {
+    return std::count_if(sheet->styles().begin(), sheet->styles().end(),
+                         [](const VLStylePtr &style) { return style->isDefaultStyle(); });
+  };
+  auto map = sheet->importStyles({VLStylesheet::defaultStylesheet()->styleForName(u"Heading_20_1")},
+                                 false);
+  EXPECT_EQ(defaultCount(), 1);
+  EXPECT_EQ(sheet->defaultParagraphStyle(), base);
+  auto imported = mapped(map, u"Default_20_Style");
+  ASSERT_TRUE(imported);
+  EXPECT_FALSE(imported->isDefaultStyle());
+  EXPECT_EQ(imported->parentStyle(), base);
+  EXPECT_EQ(imported->displayName(), u"Imported Default Style 1");
+  EXPECT_EQ(imported->styleName(), u"Imported_20_Default_20_Style_20_1");
+  EXPECT_TRUE(imported->definesFont()) << "the fonts differ";
+  EXPECT_TRUE(imported->definesAlignment()) << "natural against left";
+  EXPECT_FALSE(imported->definesHeadIndent()) << "both 0";
+  EXPECT_EQ(mapped(map, u"Heading_20_1")->parentStyle(), imported);
+
+  // The number is tried on style names, which never hold blanks, so it stays 1 and the
+  // display name is what moves on.
+  auto again = mapped(
+      sheet->importStyles({VLStylesheet::defaultStylesheet()->defaultParagraphStyle()}, false),
+      u"Default_20_Style");
+  EXPECT_NE(again, imported);
+  EXPECT_EQ(again->displayName(), u"Imported Default Style 1 2");
+  EXPECT_EQ(defaultCount(), 1);
+}
+
+TEST(VLStylesheetImport, RingsImportOnceAndTextStylesAreDropped) {
+  auto sheet = VLStylesheet::create();
+  auto loop = userStyle(u"Loop");
+  loop->setNextStyle(loop);
+  auto text = userStyle(u"Emphasis");
+  text->setStyleType(VLTextStyleType);
+  loop->setTabStyle(text);
+  auto map = sheet->importStyles({loop, text}, false);
+  loop->setNextStyle(nullptr);
+  EXPECT_EQ(map->count(), 1u);
+  ASSERT_EQ(sheet->styles().size(), 1u);
+  auto copy = mapped(map, u"Loop");
+  EXPECT_EQ(copy->nextStyle(), copy);
+  EXPECT_EQ(copy->tabStyle(), nullptr) << "a link to what was not imported becomes nil";
 }

@@ -1,4 +1,5 @@
 // Tests of the style, word, outline, marker and span operations on attributed text.
+#include "ModelTestSupport.h"
 #include "model/VLAttributedStringAdditions.h"
 #include "model/VLConstants.h"
 #include "model/VLOutline.h"
@@ -17,14 +18,10 @@
 #include <vector>
 
 using namespace vl;
+using test::font;
+using test::named;
 
 namespace {
-
-ns::FontPtr font(std::u16string_view name, double size) {
-  ns::FontPtr found = ns::Font::fontWithName(name, size);
-  EXPECT_TRUE(found) << "font missing from the catalogue";
-  return found;
-}
 
 ns::FontPtr fontAt(const ns::AttributedString &text, uint64_t index) {
   return text.attribute(ns::FontAttributeName, index, nullptr).as<ns::Font>();
@@ -46,12 +43,6 @@ uint32_t traitsAt(const ns::AttributedString &text, uint64_t index) {
 
 VLStylePtr styleAt(const ns::AttributedString &text, uint64_t index) {
   return text.attribute(VLParagraphStyleAttributeName, index, nullptr).as<VLStyle>();
-}
-
-VLStylePtr namedStyle(const char16_t *name) {
-  VLStylePtr style = VLStyle::create();
-  style->setStyleName(std::u16string(name));
-  return style;
 }
 
 // Attributes with `style` and a font, and optionally one more attribute.
@@ -105,7 +96,7 @@ std::shared_ptr<Holder> holderOver(ns::MutableAttributedString &text, std::u16st
 // Applying styles.
 
 TEST(ApplyStyleTest, LaysTheStyleOverEachRunKeepingWhatItDoesNotDefine) {
-  VLStylePtr large = namedStyle(u"Large");
+  VLStylePtr large = named(u"Large");
   large->setFontSize(18);
   auto red = ns::Color::colorWithCalibratedRed(1, 0, 0, 1);
   auto plain = attributes(nullptr, font(u"Helvetica", 12));
@@ -131,12 +122,12 @@ TEST(ApplyStyleTest, LaysTheStyleOverEachRunKeepingWhatItDoesNotDefine) {
 }
 
 TEST(ApplyStyleTest, PreservesOnlyTraitsTheRunHadOfItsOwn) {
-  VLStylePtr body = namedStyle(u"Body");
+  VLStylePtr body = named(u"Body");
   body->setHasBoldFontWeight(false);
   body->setHasItalicFontStyle(false);
   body->setUnderlineStyle(0);
-  VLStylePtr plainOld = namedStyle(u"Old");
-  VLStylePtr boldOld = namedStyle(u"Bold Old");
+  VLStylePtr plainOld = named(u"Old");
+  VLStylePtr boldOld = named(u"Bold Old");
   boldOld->setHasBoldFontWeight(true);
 
   auto underlined = attributes(plainOld, font(u"Helvetica-Bold", 12));
@@ -165,7 +156,7 @@ TEST(ApplyStyleTest, PreservesOnlyTraitsTheRunHadOfItsOwn) {
 }
 
 TEST(ConvertTextWithStyleTest, ExchangesTheStyleKeepingLocalDifferences) {
-  VLStylePtr a = namedStyle(u"A"), b = namedStyle(u"B"), other = namedStyle(u"Other");
+  VLStylePtr a = named(u"A"), b = named(u"B"), other = named(u"Other");
   a->setFont(font(u"Helvetica", 12));
   b->setFontSize(14);
   auto red = ns::Color::colorWithCalibratedRed(1, 0, 0, 1);
@@ -200,7 +191,7 @@ TEST(StyleQueriesTest, DeviationFromTheStyleDefinition) {
   EXPECT_TRUE(attributesDifferFromStyleDefinitionAtLocation(*empty, 0));
 
   // As stylesheet styles do, the style defines every property.
-  VLStylePtr a = namedStyle(u"A");
+  VLStylePtr a = named(u"A");
   a->resetToDefaultProperties();
   a->setFontSize(16);
   auto changed = a->attributes();
@@ -216,7 +207,7 @@ TEST(StyleQueriesTest, DeviationFromTheStyleDefinition) {
 }
 
 TEST(StyleQueriesTest, FindsStylesByIdentity) {
-  VLStylePtr a = namedStyle(u"A"), b = namedStyle(u"B");
+  VLStylePtr a = named(u"A"), b = named(u"B");
   VLStylePtr twin = ns::copyOf(*a);
   auto withColour = attributes(a, font(u"Helvetica", 12));
   withColour->setObject(ns::Value(u"red"), u"colour");
@@ -268,8 +259,8 @@ TEST(StyleQueriesTest, MarkersByIdentity) {
 }
 
 TEST(StyleTransformTest, ChangesCaseByTheParagraphStyle) {
-  VLStylePtr upper = namedStyle(u"Upper"), capital = namedStyle(u"Capital"),
-             lower = namedStyle(u"Lower"), none = namedStyle(u"None");
+  VLStylePtr upper = named(u"Upper"), capital = named(u"Capital"), lower = named(u"Lower"),
+             none = named(u"None");
   upper->setTextTransform(VLTextTransformUppercase);
   capital->setTextTransform(VLTextTransformCapitalize);
   lower->setTextTransform(VLTextTransformLowercase);
