@@ -375,6 +375,44 @@ TEST(FastFountainParser, LineRulesMatchThePatternsOnRandomScripts) {
 
 } // namespace lineRules
 
+TEST(FountainParser, EveryPatternCompiles) {
+  for (std::u16string_view pattern : {UNIVERSAL_LINE_BREAKS_PATTERN,
+                                      BLOCK_COMMENT_PATTERN,
+                                      BRACKET_COMMENT_PATTERN,
+                                      SYNOPSIS_PATTERN,
+                                      PAGE_BREAK_PATTERN,
+                                      FALSE_TRANSITION_PATTERN,
+                                      FORCED_TRANSITION_PATTERN,
+                                      SCENE_HEADER_PATTERN,
+                                      FIRST_LINE_ACTION_PATTERN,
+                                      TRANSITION_PATTERN,
+                                      CHARACTER_CUE_PATTERN,
+                                      PARENTHETICAL_PATTERN,
+                                      DIALOGUE_PATTERN,
+                                      SECTION_HEADER_PATTERN,
+                                      ACTION_PATTERN,
+                                      CLEANUP_PATTERN,
+                                      TITLE_PAGE_PATTERN,
+                                      INLINE_DIRECTIVE_PATTERN,
+                                      MULTI_LINE_DIRECTIVE_PATTERN,
+                                      MULTI_LINE_DATA_PATTERN,
+                                      DUAL_DIALOGUE_PATTERN,
+                                      CENTERED_TEXT_PATTERN,
+                                      SCENE_NUMBER_PATTERN,
+                                      MULTI_LINE_ACTION_PATTERN,
+                                      BOLD_ITALIC_UNDERLINE_PATTERN,
+                                      BOLD_ITALIC_PATTERN,
+                                      BOLD_UNDERLINE_PATTERN,
+                                      ITALIC_UNDERLINE_PATTERN,
+                                      BOLD_PATTERN,
+                                      ITALIC_PATTERN,
+                                      UNDERLINE_PATTERN}) {
+    ns::ErrorPtr error;
+    EXPECT_TRUE(ns::RegularExpression::create(pattern, ns::RegularExpressionNoOptions, &error))
+        << ns::toUTF8(pattern) << ": " << (error ? ns::toUTF8(error->localizedDescription()) : "");
+  }
+}
+
 TEST(FountainParser, ElementsAndTitlePage) {
   check(regex,
         {// Only indented lines are title page data.
