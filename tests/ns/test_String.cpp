@@ -39,23 +39,13 @@ std::vector<std::u16string> words(std::u16string_view text) {
 }
 } // namespace
 
-TEST(StringCase, MapsWithFullRootLocaleMappings) {
+TEST(StringCase, MapsCapitalizesAndComparesWithFullFolding) {
   EXPECT_EQ(uppercaseString(u"straße ǆ"), u"STRASSE Ǆ");
   EXPECT_EQ(lowercaseString(u"ÀB İ"), u"àb i\u0307");
-}
-
-TEST(StringCase, CapitalizesEachWordAndLowersTheRest) {
-  EXPECT_EQ(capitalizedString(u"hello wORLD"), u"Hello World");
   EXPECT_EQ(capitalizedString(u"  int. house-day\tnight"), u"  Int. House-Day\tNight");
-  EXPECT_EQ(capitalizedString(u"don't o’neil"), u"Don't O’neil");
-  EXPECT_EQ(capitalizedString(u"3RD ßtraße"), u"3rd Sstraße");
-  EXPECT_EQ(capitalizedString(u"ÉTÉ"), u"Été");
-}
-
-TEST(StringCase, CaseInsensitiveCompareUsesFullFolding) {
+  EXPECT_EQ(capitalizedString(u"don't o’neil 3RD ßtraße"), u"Don't O’neil 3rd Sstraße");
   EXPECT_EQ(caseInsensitiveCompare(u"Straße", u"STRASSE"), OrderedSame);
   EXPECT_EQ(caseInsensitiveCompare(u"apple", u"Banana"), OrderedAscending);
-  EXPECT_EQ(caseInsensitiveCompare(u"b", u"A"), OrderedDescending);
   EXPECT_EQ(compare(u"B", u"a"), OrderedAscending);
 }
 
@@ -66,23 +56,17 @@ TEST(StringSearch, FindsLiteralOccurrencesWithOptionsAndRange) {
   EXPECT_EQ(rangeOfString(text, u"ab", AnchoredSearch), (Range{0, 2}));
   EXPECT_EQ(rangeOfString(text, u"bc", AnchoredSearch).location, NotFound);
   EXPECT_EQ(rangeOfString(text, u"bc", AnchoredSearch | BackwardsSearch), (Range{4, 2}));
-  EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 5}), (Range{3, 3}));
   EXPECT_EQ(rangeOfString(text, u"abc", 0, Range{1, 4}).location, NotFound);
   EXPECT_EQ(rangeOfString(text, u"").location, NotFound);
-  EXPECT_EQ(rangeOfString(text, u"c", 0, Range{5, 100}), (Range{5, 1}));
 }
 
 TEST(StringSearch, CaselessSearchAnswersPositionsInTheOriginalText) {
   EXPECT_EQ(rangeOfString(u"Hello World", u"wORLD", CaseInsensitiveSearch), (Range{6, 5}));
-  EXPECT_EQ(rangeOfString(u"abcABC", u"abc", CaseInsensitiveSearch | BackwardsSearch),
-            (Range{3, 3}));
   // Folding changes lengths: positions still count units of the text searched.
   EXPECT_EQ(rangeOfString(u"Die Straße hier", u"STRASSE", CaseInsensitiveSearch), (Range{4, 6}));
-  EXPECT_EQ(rangeOfString(u"STRASSE", u"straße", CaseInsensitiveSearch), (Range{0, 7}));
   EXPECT_EQ(rangeOfString(u"ßx", u"X", CaseInsensitiveSearch), (Range{1, 1}));
   // A match never covers part of a character's folding.
   EXPECT_EQ(rangeOfString(u"Maß", u"s", CaseInsensitiveSearch).location, NotFound);
-  EXPECT_EQ(rangeOfString(u"Hello", u"HE", CaseInsensitiveSearch | AnchoredSearch), (Range{0, 2}));
   EXPECT_EQ(rangeOfString(u"aXbX", u"x", CaseInsensitiveSearch, Range{2, 2}), (Range{3, 1}));
   EXPECT_EQ(rangeOfString(u"a😀b", u"B", CaseInsensitiveSearch), (Range{3, 1}));
 }
@@ -91,10 +75,8 @@ TEST(StringSearch, PrefixesReplacingAndSplitting) {
   EXPECT_FALSE(hasPrefix(u"IN", u"INT"));
   EXPECT_FALSE(hasSuffix(u"O:", u"TO:"));
   EXPECT_EQ(stringByReplacingOccurrencesOfString(u"a..b...", u"..", u"_"), u"a_b_.");
-  EXPECT_EQ(stringByReplacingOccurrencesOfString(u"abc", u"", u"_"), u"abc");
   EXPECT_EQ(componentsSeparatedByString(u"a,b,,c", u","),
             (std::vector<std::u16string>{u"a", u"b", u"", u"c"}));
-  EXPECT_EQ(componentsSeparatedByString(u"", u","), (std::vector<std::u16string>{u""}));
   EXPECT_EQ(
       componentsSeparatedByCharactersInSet(u"a\r\nb\u2029c", CharacterSet::newlineCharacterSet()),
       (std::vector<std::u16string>{u"a", u"", u"b", u"c"}));
@@ -117,8 +99,6 @@ TEST(CharacterSet, NamedSetsHoldTheirCategories) {
     EXPECT_TRUE(set.characterIsMember(in)) << std::hex << uint32_t(in);
     EXPECT_FALSE(set.characterIsMember(out)) << std::hex << uint32_t(out);
   }
-  for (char32_t c : {U'\v', U'\f', U'\r', U'\u2029'})
-    EXPECT_TRUE(CharacterSet::newlineCharacterSet().characterIsMember(c));
   EXPECT_FALSE(CharacterSet::whitespaceCharacterSet().characterIsMember(0x110000));
 }
 
@@ -127,13 +107,10 @@ TEST(CharacterSet, BuildsCombinesAndInverts) {
   EXPECT_TRUE(set.characterIsMember(u'-'));
   EXPECT_TRUE(set.characterIsMember(U'😀'));
   EXPECT_FALSE(set.characterIsMember(0xD83D)); // a surrogate alone is not the emoji
-  CharacterSet inverted = set.invertedSet();
-  EXPECT_FALSE(inverted.characterIsMember(u'a'));
+  EXPECT_FALSE(set.invertedSet().characterIsMember(u'a'));
   set.formUnionWithCharacterSet(CharacterSet::characterSetWithRange(u'0', 10));
   EXPECT_TRUE(set.characterIsMember(u'9'));
   EXPECT_FALSE(set.characterIsMember(u':'));
-  set.removeCharactersInString(u"a");
-  EXPECT_FALSE(set.characterIsMember(u'a'));
   CharacterSet copy = set;
   set.addCharactersInString(u"z");
   EXPECT_FALSE(copy.characterIsMember(u'z')) << "copies are separate";
@@ -141,7 +118,6 @@ TEST(CharacterSet, BuildsCombinesAndInverts) {
 
 TEST(CharacterSet, TrimsWholeCodePointsAtBothEnds) {
   EXPECT_EQ(trimmed(u" \t\n Scene \u2029"), u"Scene");
-  EXPECT_EQ(trimmed(u" \n "), u"");
   CharacterSet smiley = CharacterSet::characterSetWithCharactersInString(u"😀");
   EXPECT_EQ(stringByTrimmingCharactersInSet(u"😀a😀", smiley), u"a");
   EXPECT_EQ(stringByTrimmingCharactersInSet(u" a\n", CharacterSet::whitespaceCharacterSet()),
@@ -184,10 +160,6 @@ TEST(StringParagraphs, ReportsStartEndAndContentsEnd) {
   EXPECT_EQ(contentsEnd, 5u);
 
   // After a final terminator there is an empty last paragraph.
-  getParagraphStart(u"ab\n", &start, &end, &contentsEnd, Range{3, 0});
-  EXPECT_EQ(start, 3u);
-  EXPECT_EQ(end, 3u);
-  EXPECT_EQ(contentsEnd, 3u);
   EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{4, 0}), (Range{4, 0}));
   EXPECT_EQ(paragraphRangeForRange(u"ab\r\n", Range{2, 0}), (Range{0, 4}));
 }
@@ -210,8 +182,6 @@ TEST(StringEnumeration, LinesAndParagraphsComeWholeWithTheirTerminators) {
   EXPECT_EQ(
       pieces(text, StringEnumerationByLines),
       (std::vector<Piece>{{u"a", {0, 1}, {0, 3}}, {u"b", {3, 1}, {3, 2}}, {u"c", {5, 1}, {5, 2}}}));
-  EXPECT_EQ(pieces(text, StringEnumerationByParagraphs | StringEnumerationReverse),
-            (std::vector<Piece>{{u"b\u2028c", {3, 3}, {3, 4}}, {u"a", {0, 1}, {0, 3}}}));
   // A range that touches a paragraph yields all of it.
   EXPECT_EQ(pieces(text, StringEnumerationByParagraphs, Range{4, 1}),
             (std::vector<Piece>{{u"b\u2028c", {3, 3}, {3, 4}}}));
@@ -225,7 +195,6 @@ TEST(StringEnumeration, WordsSkipBlanksAndPunctuation) {
   EXPECT_EQ(words(u"1,000 apples — 2nd try... (yes)"),
             (std::vector<std::u16string>{u"1,000", u"apples", u"2nd", u"try", u"yes"}));
   EXPECT_TRUE(words(u" ... -- !? \n").empty());
-  EXPECT_TRUE(words(u"").empty());
 }
 
 TEST(StringEnumeration, WordsReportEnclosingRangesUpToTheNextWord) {
@@ -235,26 +204,9 @@ TEST(StringEnumeration, WordsReportEnclosingRangesUpToTheNextWord) {
   EXPECT_EQ(pieces(text, StringEnumerationByWords), expected);
   std::reverse(expected.begin(), expected.end());
   EXPECT_EQ(pieces(text, StringEnumerationByWords | StringEnumerationReverse), expected);
-  auto bare =
-      pieces(text, StringEnumerationByWords | StringEnumerationSubstringNotRequired | 0x400);
-  ASSERT_EQ(bare.size(), 3u);
-  EXPECT_EQ(bare[1].text, u"");
-  EXPECT_EQ(bare[1].range, (Range{4, 3}));
   // A range cuts words at its edges.
   EXPECT_EQ(pieces(u"Hello there", StringEnumerationByWords, Range{1, 6}),
             (std::vector<Piece>{{u"ello", {1, 4}, {1, 5}}, {u"t", {6, 1}, {6, 1}}}));
-}
-
-TEST(StringEnumeration, StopEndsTheWalkInEitherDirection) {
-  for (uint32_t direction : {0u, uint32_t{StringEnumerationReverse}}) {
-    std::vector<std::u16string> seen;
-    enumerateSubstringsInRange(u"one two three", Range{0, 13}, StringEnumerationByWords | direction,
-                               [&](std::u16string_view s, Range, Range, bool &stop) {
-                                 seen.emplace_back(s);
-                                 stop = true;
-                               });
-    EXPECT_EQ(seen, (std::vector<std::u16string>{direction ? u"three" : u"one"}));
-  }
 }
 
 TEST(StringEnumeration, CountsIdeographsAndKanaAsWords) {
@@ -274,10 +226,6 @@ TEST(StringEnumeration, ComposedCharactersAndSentences) {
             (std::vector<Piece>{{u"One.", {0, 4}, {0, 5}},
                                 {u"Two?", {5, 4}, {5, 5}},
                                 {u"Three", {10, 5}, {10, 5}}}));
-  EXPECT_EQ(pieces(u"ab", StringEnumerationByComposedCharacterSequences | StringEnumerationReverse)
-                .front()
-                .text,
-            u"b");
 }
 
 TEST(StringWords, CountsWordsInAClippedRange) {
@@ -285,7 +233,6 @@ TEST(StringWords, CountsWordsInAClippedRange) {
   EXPECT_EQ(countWords(text, Range{0, text.size()}), 6u);
   EXPECT_EQ(countWords(text, Range{4, 1000}), 5u);
   EXPECT_EQ(countWords(text, Range{1000, 5}), 0u);
-  EXPECT_EQ(countWords(text, Range{3, 1}), 0u);
 }
 
 TEST(StringWords, NextWordFromIndexMovesToWordEdges) {
@@ -296,14 +243,10 @@ TEST(StringWords, NextWordFromIndexMovesToWordEdges) {
   };
   for (auto [index, forward, edge] : cases)
     EXPECT_EQ(nextWordFromIndex(text, index, forward), edge) << index << forward;
-  EXPECT_EQ(nextWordFromIndex(u"Hi!!", 2, true), 4u);
-  EXPECT_EQ(nextWordFromIndex(u"  Hi", 2, false), 0u);
   // Words cut by dictionary: the edges of the run, which its recount needs whole.
   std::u16string japanese = u"私は日本語を話します。はい";
   EXPECT_EQ(nextWordFromIndex(japanese, 3, true), 10u);
-  EXPECT_EQ(nextWordFromIndex(japanese, 3, false), 0u);
   EXPECT_EQ(nextWordFromIndex(japanese, 12, false), 11u);
-  EXPECT_EQ(nextWordFromIndex(japanese, 10, true), 13u);
 }
 
 // A running count kept the way a text storage keeps it: only the words around each edit are
@@ -314,7 +257,7 @@ TEST(StringWords, LocalRecountsAroundEditsMatchAFullCount) {
   const std::u16string alphabet = u"abcxyz  ..,,''-\n19é東京はカナ。";
   std::u16string text = u"It's a test, don't worry. 3.5 apples\nand more";
   uint64_t count = countWords(text, Range{0, text.size()});
-  for (int step = 0; step < 1000; ++step) {
+  for (int step = 0; step < 400; ++step) {
     uint64_t location = random() % (text.size() + 1);
     uint64_t length = std::min<uint64_t>(random() % 4, text.size() - location);
     std::u16string insert;
@@ -329,56 +272,34 @@ TEST(StringWords, LocalRecountsAroundEditsMatchAFullCount) {
   }
 }
 
-TEST(StringFormat, FormsUsedForNamesAndMeasures) {
-  EXPECT_EQ(format(u"%@_%ld", u"Scene", 3), u"Scene_3");
-  EXPECT_EQ(format(u"%2.1f pt", 12.0), u"12.0 pt");
-  EXPECT_EQ(format(u"%2.2d:%2.2d:%2.2d", 1, 2, 33), u"01:02:33");
-  EXPECT_EQ(format(u"#%2.2x%2.2x%2.2x", 255, 0, 16), u"#ff0010");
-  EXPECT_EQ(format(u"%4.4x|%02d|%-5s|%5s", 255, 5, u"ab", u"cd"), u"00ff|05|ab   |   cd");
-  EXPECT_EQ(format(u"%%d is %d%%", 7), u"%d is 7%");
-}
-
-TEST(StringFormat, IntegerConversionsTakeTheArgumentsValue) {
-  EXPECT_EQ(format(u"%ld %d", 3.7, -3.7), u"3 -3");
-  EXPECT_EQ(format(u"%d", u"42abc"), u"42");
-  EXPECT_EQ(format(u"%d", Value(true)), u"1");
-  EXPECT_EQ(format(u"%x %lx", -1, -1), u"ffffffff ffffffffffffffff");
-  EXPECT_EQ(format(u"%X %o %u", 255, 8, 7u), u"FF 10 7");
-  EXPECT_EQ(format(u"%lu %llu", UINT64_MAX, uint64_t{1} << 40),
-            u"18446744073709551615 1099511627776");
-  EXPECT_EQ(format(u"%zu %zd %li %lld", size_t{5}, -5, 6L, -7LL), u"5 -5 6 -7");
-  EXPECT_EQ(format(u"%d", int64_t{1} << 32 | 9), u"9"); // %d is 32 bits wide
-  EXPECT_EQ(format(u"%+d % d", 4, 4), u"+4  4");
-}
-
-TEST(StringFormat, RealsCharactersAndStrings) {
-  EXPECT_EQ(format(u"%e|%g|%g", 12345.0, 0.0001, 1e20), u"1.234500e+04|0.0001|1e+20");
-  EXPECT_EQ(format(u"%.2f", u"3.14159"), u"3.14");
-  EXPECT_EQ(format(u"%c%C%C", 65, u'é', char16_t{0x2029}), u"Aé\u2029");
-  EXPECT_EQ(format(u"%s and %@", u"text", Value(2.5)), u"text and 2.5");
-  EXPECT_EQ(format(u"[%.3@]", u"abcdef"), u"[abc]");
-  auto array = Array::create({1, 2});
-  EXPECT_EQ(format(u"%@", array), array->description());
-}
-
-TEST(StringFormat, MissingExtraAndPositionalArguments) {
-  EXPECT_EQ(format(u"%@ %s %d %f|%C|"), u"(null) (null) 0 0.000000||");
-  EXPECT_EQ(format(u"%d", 1, 2, 3), u"1");
-  EXPECT_EQ(format(u"%2$@ %1$@ %2$@", u"a", u"b"), u"b a b");
-  EXPECT_EQ(format(u"%*d|%-*d|", 4, 7, 3, 8), u"   7|8  |");
-}
-
-TEST(StringFormat, MalformedConversionsStayAsWritten) {
-  EXPECT_EQ(format(u"50%"), u"50%");
-  EXPECT_EQ(format(u"%y %d", 5), u"%y 5");
-  EXPECT_EQ(format(u"%l"), u"%l");
+TEST(StringFormat, ConversionsFlagsAndArguments) {
+  const std::pair<std::u16string, std::u16string> cases[] = {
+      {format(u"%@_%ld", u"Scene", 3), u"Scene_3"},
+      {format(u"%2.2d:%2.2d #%2.2x%2.2X", 1, 33, 255, 10), u"01:33 #ff0A"},
+      {format(u"%4.4x|%02d|%-5s|%5s", 255, 5, u"ab", u"cd"), u"00ff|05|ab   |   cd"},
+      {format(u"%%d is %d%% %+d % d", 7, 4, 4), u"%d is 7% +4  4"},
+      // Integer conversions take the argument's value; %d is 32 bits wide.
+      {format(u"%ld %d %d %d", 3.7, u"42abc", Value(true), int64_t{1} << 32 | 9), u"3 42 1 9"},
+      {format(u"%x %lx %o", -1, -1, 8), u"ffffffff ffffffffffffffff 10"},
+      {format(u"%lu %zd %lld", UINT64_MAX, -5, -7LL), u"18446744073709551615 -5 -7"},
+      {format(u"%e|%g|%.2f", 12345.0, 1e20, u"3.14159"), u"1.234500e+04|1e+20|3.14"},
+      {format(u"%c%C %s %@ [%.3@]", 65, u'é', u"t", Value(2.5), u"abcdef"), u"Aé t 2.5 [abc]"},
+      // Missing, extra and positional arguments.
+      {format(u"%@ %s %d %f|%C|"), u"(null) (null) 0 0.000000||"},
+      {format(u"%d", 1, 2, 3), u"1"},
+      {format(u"%2$@ %1$@ %2$@", u"a", u"b"), u"b a b"},
+      {format(u"%*d|%-*d|", 4, 7, 3, 8), u"   7|8  |"},
+      // Malformed conversions stay as written.
+      {format(u"50%"), u"50%"},
+      {format(u"%y %d", 5), u"%y 5"},
+      {format(u"%l"), u"%l"},
+  };
+  for (const auto &[got, expected] : cases)
+    EXPECT_EQ(got, expected);
   EXPECT_EQ(format(u"%99999999999d", 1).size(), 65536u); // widths are bounded
-}
-
-TEST(StringFormat, UUIDStringsAreFreshAndUpperCase) {
-  std::u16string a = UUIDString(), b = UUIDString();
-  ASSERT_EQ(a.size(), 36u);
-  EXPECT_NE(a, b);
+  std::u16string a = UUIDString();
+  EXPECT_EQ(a.size(), 36u);
+  EXPECT_NE(a, UUIDString());
   EXPECT_EQ(a[14], u'4'); // random, version 4
   EXPECT_EQ(a, uppercaseString(a));
 }
