@@ -314,10 +314,6 @@ TEST(VLListLayout, ApplyListsUndoesTheOldLayout) {
   EXPECT_EQ(tabLocations(*paragraph), withDefaultStops({11.0, 36.0, 56.0}))
       << "the default stop at 56 comes back";
   EXPECT_EQ(paragraph->textLists(), one);
-  applyLists(*paragraph, nullptr);
-  EXPECT_EQ(paragraph->headIndent(), 0.0);
-  EXPECT_TRUE(paragraph->textLists().empty());
-  EXPECT_EQ(tabLocations(*paragraph), tabLocations(*ns::ParagraphStyle::defaultParagraphStyle()));
 
   // The layout counts from the first line indent; an empty array goes back to it, nil to 0.
   paragraph = ns::MutableParagraphStyle::create();

@@ -143,7 +143,6 @@ TEST(VLStylesheet, DefaultTextGraphicAndListStyles) {
   auto graphic = sheet->defaultGraphicStyle();
   EXPECT_EQ(sheet->defaultGraphicStyle(), graphic);
   EXPECT_EQ(*graphic->styleName(), u"Default_20_Graphic_20_Style");
-  EXPECT_EQ(graphic->derivedGraphicStyleWithAttachment(nullptr)->parentStyle(), graphic);
   auto layout = VLPageLayout::create();
   sheet->addPageLayoutStyle(layout);
   sheet->addPageLayoutStyle(layout);
