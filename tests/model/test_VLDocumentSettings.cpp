@@ -42,21 +42,15 @@ TEST(VLDocumentSettings, AbsentLevelsReadAsNil) {
   attributes->setObject(u"a string", u"settings");
   EXPECT_TRUE(valueAtKeyPath(attributes, VLIsScreenplayKeyPath).isNil());
 
-  ns::Dictionary settings;
-  setValueAtKeyPath(settings, u"{3, 4}", u"documentSettings.selectedRange");
-  auto tree = std::make_shared<ns::Dictionary>();
-  tree->setObject(std::make_shared<ns::Dictionary>(settings), u"settings");
+  // Writing makes the missing levels and keeps those there; nil removes.
+  auto settings = ns::Dictionary::create();
+  auto tree = ns::Dictionary::create({{u"settings", settings}});
+  setValueAtKeyPath(*settings, u"{3, 4}", u"documentSettings.selectedRange");
+  setValueAtKeyPath(*settings, true, u"documentSettings.isScreenplay");
   EXPECT_EQ(valueAtKeyPath(tree, VLSelectedRangeKeyPath), Value(u"{3, 4}"));
-  setValueAtKeyPath(settings, true, u"documentSettings.isScreenplay");
-  EXPECT_EQ(valueAtKeyPath(std::make_shared<ns::Dictionary>(settings), u"documentSettings")
-                .dictionary()
-                ->count(),
-            2u)
-      << "existing levels are kept";
-  setValueAtKeyPath(settings, Value(), u"documentSettings.isScreenplay");
-  EXPECT_TRUE(
-      valueAtKeyPath(std::make_shared<ns::Dictionary>(settings), u"documentSettings.isScreenplay")
-          .isNil());
+  EXPECT_EQ(valueAtKeyPath(tree, VLIsScreenplayKeyPath), Value(true));
+  setValueAtKeyPath(*settings, Value(), u"documentSettings.isScreenplay");
+  EXPECT_TRUE(valueAtKeyPath(tree, VLIsScreenplayKeyPath).isNil());
 }
 
 TEST(VLDocumentSettings, OutlineLevelSettingsNeedASceneHeading) {

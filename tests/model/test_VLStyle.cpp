@@ -9,7 +9,6 @@
 #include "model/VLStylesheet.h"
 #include "ns/Array.h"
 #include "ns/AttributeNames.h"
-#include "ns/Bundle.h"
 #include "ns/String.h"
 
 #include <gtest/gtest.h>
@@ -46,53 +45,29 @@ ns::DictionaryPtr appliedTo(const VLStyle &style) {
 } // namespace
 
 TEST(VLStyle, EverySetterDefinesExactlyItsBitAndTheBitSurvivesAnArchive) {
-  using Setter = void (*)(VLStyle &);
-  const std::pair<Setter, uint32_t> setters[] = {
-      {[](VLStyle &s) { s.setAlignment(ns::TextAlignmentRight); }, VLStyleDefinesAlignment},
-      {[](VLStyle &s) { s.setLineSpacing(1); }, VLStyleDefinesLineSpacing},
-      {[](VLStyle &s) { s.setParagraphSpacingBefore(1); }, VLStyleDefinesParagraphSpacingBefore},
-      {[](VLStyle &s) { s.setParagraphSpacing(1); }, VLStyleDefinesParagraphSpacing},
-      {[](VLStyle &s) { s.setHeadIndent(1); }, VLStyleDefinesHeadIndent},
-      {[](VLStyle &s) { s.setTailIndent(1); }, VLStyleDefinesTailIndent},
-      {[](VLStyle &s) { s.setFirstLineHeadIndent(1); }, VLStyleDefinesFirstLineHeadIndent},
-      {[](VLStyle &s) { s.setMinimumLineHeight(1); }, VLStyleDefinesMinimumLineHeight},
-      {[](VLStyle &s) { s.setMaximumLineHeight(1); }, VLStyleDefinesMaximumLineHeight},
-      {[](VLStyle &s) { s.setDefaultTabInterval(1); }, VLStyleDefinesDefaultTabInterval},
-      {[](VLStyle &s) { s.setLineHeightMultiple(1); }, VLStyleDefinesLineHeightMultiple},
-      {[](VLStyle &s) { s.setHyphenationFactor(0.5); }, VLStyleDefinesHyphenationFactor},
-      {[](VLStyle &s) { s.setHeaderLevel(2); }, VLStyleDefinesHeaderLevel},
-      {[](VLStyle &s) { s.setOutlineLevel(10); }, VLStyleDefinesHeaderLevel},
-      {[](VLStyle &s) { s.setTighteningFactor(0); }, VLStyleDefinesTighteningFactor},
-      {[](VLStyle &s) { s.setPageBreakBefore(true); }, VLStyleDefinesPageBreakBefore},
-      {[](VLStyle &s) { s.setPageBreakAfter(false); }, VLStyleDefinesPageBreakAfter},
-      {[](VLStyle &s) { s.setKeepWithNext(true); }, VLStyleDefinesKeepWithNext},
-      {[](VLStyle &s) { s.setAvoidsWidowsAndOrphans(true); }, VLStyleDefinesAvoidsWidowsAndOrphans},
-      {[](VLStyle &s) { s.setTabStops({}); }, VLStyleDefinesTabStops},
-      {[](VLStyle &s) { s.addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9)); },
-       VLStyleDefinesTabStops},
-      {[](VLStyle &s) { s.setBaseWritingDirection(ns::WritingDirectionRightToLeft); },
-       VLStyleDefinesBaseWritingDirection},
-      {[](VLStyle &s) { s.setPaginationStyle(3); }, VLStyleDefinesPaginationStyle},
-      {[](VLStyle &s) { s.setFont(nullptr); }, VLStyleDefinesFont},
-      {[](VLStyle &s) { s.setFontSize(10); }, VLStyleDefinesFontSize},
-      {[](VLStyle &s) { s.setHasBoldFontWeight(false); }, VLStyleDefinesHasBoldFontWeight},
-      {[](VLStyle &s) { s.setHasItalicFontStyle(true); }, VLStyleDefinesHasItalicFontStyle},
-      {[](VLStyle &s) { s.setUnderlineStyle(0); }, VLStyleDefinesUnderlineStyle},
-      {[](VLStyle &s) { s.setUnderlinePattern(ns::UnderlinePatternDot); },
-       VLStyleDefinesUnderlinePattern},
-      {[](VLStyle &s) { s.setUnderlineMask(ns::UnderlineByWordMask); },
-       VLStyleDefinesUnderlineMask},
-      {[](VLStyle &s) { s.setUnderlineColor(nullptr); }, VLStyleDefinesUnderlineColor},
-      {[](VLStyle &s) { s.setForegroundColor(ns::Color::redColor()); },
-       VLStyleDefinesForegroundColor},
-      {[](VLStyle &s) { s.setTextTransform(1); }, VLStyleDefinesTextTransform},
-  };
-  for (const auto &[setter, bit] : setters) {
+  // Key-value coding reaches each setter; the keys stand in the order of their bits.
+  const std::u16string_view keys =
+      u"alignment lineSpacing paragraphSpacingBefore paragraphSpacing headIndent tailIndent "
+      u"firstLineHeadIndent minimumLineHeight maximumLineHeight defaultTabInterval "
+      u"lineHeightMultiple hyphenationFactor headerLevel tighteningFactor pageBreakBefore "
+      u"pageBreakAfter keepWithNext avoidsWidowsAndOrphans tabStops baseWritingDirection "
+      u"paginationStyle font fontSize hasBoldFontWeight hasItalicFontStyle underlineStyle "
+      u"underlinePattern underlineMask underlineColor foregroundColor textTransform";
+  uint32_t bit = 0;
+  for (size_t start = 0; start < keys.size(); ++bit) {
+    size_t end = std::min(keys.find(u' ', start), keys.size());
+    std::u16string_view key = keys.substr(start, end - start);
+    start = end + 1;
     auto style = VLStyle::create();
-    setter(*style);
-    EXPECT_EQ(style->defines(), bit) << std::hex << bit;
-    EXPECT_EQ(test::roundTrip(style)->defines(), bit) << std::hex << bit;
+    style->setValueForKey(Value(1), key);
+    EXPECT_EQ(style->defines(), 1u << bit) << ns::toUTF8(key);
+    EXPECT_EQ(test::roundTrip(style)->defines(), 1u << bit) << ns::toUTF8(key);
   }
+  EXPECT_EQ(bit, VLStyleDefinesBitCount);
+  auto outline = VLStyle::create();
+  outline->setOutlineLevel(10);
+  outline->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9));
+  EXPECT_EQ(outline->defines(), VLStyleDefinesHeaderLevel | VLStyleDefinesTabStops);
 }
 
 TEST(VLStyle, CascadeAsksTheParentForWhatTheStyleDoesNotDefine) {
@@ -152,18 +127,19 @@ TEST(VLStyle, UnderlineFieldsShareOneWord) {
 }
 
 TEST(VLStyle, ApplyWritesTheChainRootFirst) {
+  // Five deep: root, an empty style, middle, another empty style, leaf.
   auto root = VLStyle::create();
   root->setFont(font(u"Courier"));
   root->setHeadIndent(10);
   root->setAlignment(ns::TextAlignmentCenter);
   root->setHyphenationFactor(0.75);
   root->setTighteningFactor(0.5);
-  auto middle = childOf(root);
+  auto middle = childOf(childOf(root));
   middle->setHasBoldFontWeight(true);
   middle->setHeadIndent(20);
   middle->setForegroundColor(nullptr);
   middle->setUnderlineColor(ns::Color::greenColor());
-  auto leaf = childOf(middle);
+  auto leaf = childOf(childOf(middle));
   leaf->setFontSize(16);
   leaf->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 50));
 
@@ -239,11 +215,9 @@ TEST(VLStyle, MatchingComparesTheStylesOwnAttributes) {
   attributes->setObject(ns::Color::redColor(), ns::ForegroundColorAttributeName);
   EXPECT_TRUE(leaf->matchesParagraphStyle(*attributes));
   EXPECT_FALSE(leaf->matchesTextAttributes(*attributes));
-  for (auto other : {u"Courier-BoldOblique", u"Times-Bold"}) {
-    attributes = leaf->attributes();
-    attributes->setObject(font(other, 16), ns::FontAttributeName);
-    EXPECT_FALSE(leaf->matchesAttributes(*attributes)) << ns::toUTF8(other);
-  }
+  attributes = leaf->attributes();
+  attributes->setObject(font(u"Courier-BoldOblique", 16), ns::FontAttributeName);
+  EXPECT_FALSE(leaf->matchesAttributes(*attributes)) << "a trait the style lacks";
 
   // Definitions compare fonts by family, and the underline colour only one way.
   auto a = VLStyle::create(), b = VLStyle::create();
@@ -275,18 +249,10 @@ TEST(VLStyle, DerivedStyleIsEmptyExactlyWhenNothingDiffers) {
   using Change = void (*)(ns::Dictionary &, ns::MutableParagraphStyle &);
   const std::pair<Change, uint32_t> changes[] = {
       {[](auto &, auto &p) { p.setAlignment(ns::TextAlignmentRight); }, VLStyleDefinesAlignment},
-      {[](auto &, auto &p) { p.setLineSpacing(3); }, VLStyleDefinesLineSpacing},
-      {[](auto &, auto &p) { p.setParagraphSpacing(1); }, VLStyleDefinesParagraphSpacing},
-      {[](auto &, auto &p) { p.setTailIndent(-9); }, VLStyleDefinesTailIndent},
-      {[](auto &, auto &p) { p.setMaximumLineHeight(30); }, VLStyleDefinesMaximumLineHeight},
       {[](auto &, auto &p) { p.addTabStop(ns::TextTab::create(ns::RightTabStopType, 99)); },
        VLStyleDefinesTabStops},
       {[](auto &, auto &p) { p.setHyphenationFactor(0.5f); }, VLStyleDefinesHyphenationFactor},
-      {[](auto &, auto &p) { p.setTighteningFactorForTruncation(0.2f); },
-       VLStyleDefinesTighteningFactor},
       {[](auto &, auto &p) { p.setHeaderLevel(4); }, VLStyleDefinesHeaderLevel},
-      {[](auto &, auto &p) { p.setBaseWritingDirection(ns::WritingDirectionRightToLeft); },
-       VLStyleDefinesBaseWritingDirection},
       {[](auto &a, auto &) { a.setObject(font(u"Times-Bold", 16), u"NSFont"); },
        VLStyleDefinesFont},
       {[](auto &a, auto &) { a.setObject(font(u"Helvetica-Bold", 20), u"NSFont"); },
@@ -378,24 +344,16 @@ TEST(VLStyle, DefaultStyleIsNewEachTimeAndNamedInTheUsersLanguage) {
   EXPECT_NE(a, VLStyle::defaultParagraphStyle());
   EXPECT_EQ(a->styleName(), u"Default_20_Style");
   EXPECT_EQ(a->displayName(), u"Default Style");
-  ns::Bundle::mainBundle()->setStringsTable(
-      u"", ns::Dictionary::create({{u"Default Style", Value(u"Standard-Stil")}}));
-  auto localized = VLStyle::defaultParagraphStyle();
-  ns::Bundle::resetMainBundle();
-  EXPECT_EQ(localized->displayName(), u"Standard-Stil");
-  EXPECT_EQ(localized->styleName(), u"Standard-Stil");
 }
 
 TEST(VLStyle, StyleNamesKeepXMLNameCharactersOnly) {
   const std::pair<std::u16string_view, std::u16string_view> cases[] = {
       {u"Scene Heading", u"Scene_20_Heading"},
       {u"1st Act", u"_31_st_20_Act"},
-      {u"Act 1", u"Act_20_1"},
       {u" Lead", u"_20_Lead"},
       {u"Caf\u00e9 Cr\u00e8me", u"Caf\u00e9_20_Cr\u00e8me"},
       {u"a.b-c_d", u"a.b-c_d"},
       {u".dot", u"_2e_dot"},
-      {u"_under", u"_under"},
       {u"Tab\there", u"Tab_9_here"},
       {u"\U0001F600", u"_d83d__de00_"},
   };
@@ -451,10 +409,10 @@ TEST(VLStyle, OutlineLevelIsTheOwnHeaderLevelWithTenForNone) {
 }
 
 TEST(VLStyle, PaginationQueries) {
+  // Display names are matched without case; a name only starting like one is no match.
   const std::pair<std::u16string_view, int64_t> proposals[] = {
-      {u"scene heading", 1}, {u"ACTION", 2},     {u"Character Name", 3}, {u"Parenthetical", 4},
-      {u"dialog", 5},        {u"Dialogue", 5},   {u"Shot", 6},           {u"Transition", 7},
-      {u"General", 0},       {u"Characters", 0},
+      {u"scene heading", 1}, {u"Character Name", 3}, {u"dialog", 5},
+      {u"Transition", 7},    {u"Characters", 0},
   };
   for (const auto &[name, pagination] : proposals) {
     auto style = VLStyle::create();
@@ -473,10 +431,14 @@ TEST(VLStyle, PaginationQueries) {
   }
 }
 
-TEST(VLStyle, EqualityComparesTheChainButNotLinks) {
+TEST(VLStyle, CopiesShareOnlyLinksAndEqualityComparesTheChainButNotLinks) {
   auto sheet = VLStylesheet::defaultStylesheet();
   auto heading = sheet->styleForName(u"Heading_20_1");
+  heading->setObject(u"value", u"key");
   auto copy = ns::copyOf(*heading);
+  EXPECT_EQ(copy->parentStyle(), heading->parentStyle());
+  EXPECT_EQ(copy->nextStyle(), heading->nextStyle());
+  EXPECT_EQ(copy->tabStyle(), heading->tabStyle());
   copy->setNextStyle(nullptr);
   EXPECT_TRUE(heading->isEqualToStyle(copy));
   copy->setParentStyle(VLStyle::defaultParagraphStyle());
@@ -486,22 +448,11 @@ TEST(VLStyle, EqualityComparesTheChainButNotLinks) {
   copy->setParentStyle(heading->parentStyle());
   copy->setHeadIndent(3);
   EXPECT_FALSE(heading->isEqualToStyle(copy));
+  EXPECT_EQ(heading->paragraphStyle()->headIndent(), 0.0) << "the paragraph style is not shared";
+  copy->setObject(u"changed", u"key");
+  EXPECT_EQ(heading->objectForKey(u"key"), Value(u"value"));
   EXPECT_FALSE(heading->isEqualToStyle(nullptr));
   EXPECT_FALSE(heading->isEqualToStyle(childOf(heading)));
-}
-
-TEST(VLStyle, CopySharesNothingMutableButLinks) {
-  auto sheet = VLStylesheet::defaultStylesheet();
-  auto heading = sheet->styleForName(u"Heading_20_1");
-  heading->setObject(u"value", u"key");
-  auto copy = ns::copyOf(*heading);
-  EXPECT_EQ(copy->parentStyle(), heading->parentStyle());
-  EXPECT_EQ(copy->nextStyle(), heading->nextStyle());
-  EXPECT_EQ(copy->tabStyle(), heading->tabStyle());
-  copy->paragraphStyle()->setHeadIndent(99);
-  copy->setObject(u"changed", u"key");
-  EXPECT_EQ(heading->paragraphStyle()->headIndent(), 0.0);
-  EXPECT_EQ(heading->objectForKey(u"key"), Value(u"value"));
   EXPECT_NE(std::dynamic_pointer_cast<VLGraphicStyle>(
                 ns::copyOf<VLStyle>(*VLGraphicStyle::defaultGraphicStyle())),
             nullptr);
@@ -529,18 +480,6 @@ TEST(VLStyle, ArchiveKeepsValuesAndRingsButLosesPageBreakAfter) {
   EXPECT_FALSE(decoded->pageBreakAfter()) << "written, never read";
 }
 
-TEST(VLStyle, TabStopEditsAnnounce) {
-  auto style = VLStyle::create();
-  style->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 5));
-  test::Counter observer;
-  style->addObserver(&observer, u"tabStops", 0, nullptr);
-  style->addTabStop(ns::TextTab::create(ns::LeftTabStopType, 9));
-  style->removeTabStop(ns::TextTab(ns::LeftTabStopType, 5));
-  style->setTabStops({});
-  style->removeObserver(&observer, u"tabStops");
-  EXPECT_EQ(observer.changes, 2) << "setTabStops posts no notice";
-}
-
 TEST(VLStyle, TextDefinitionSummarizesWhatTheStyleAddsToItsParent) {
   auto child = childOf(VLStyle::defaultParagraphStyle());
   EXPECT_EQ(child->textDefinition(), u"Default Style") << "no \" + \" before nothing";
@@ -558,14 +497,6 @@ TEST(VLStyle, TextDefinitionSummarizesWhatTheStyleAddsToItsParent) {
   EXPECT_EQ(style->textDefinition(),
             u"Not Bold, Color:#ff0000, Level: Body Text, Centered, Paginate as Dialog")
       << "a pagination class hides the page break items";
-
-  ns::Bundle::mainBundle()->setStringsTable(
-      u"", ns::Dictionary::create({{u"Keep with next", ns::Value(u"Li\u00e9 au suivant")}}));
-  auto localized = VLStyle::create();
-  localized->setKeepWithNext(true);
-  std::u16string text = localized->textDefinition();
-  ns::Bundle::resetMainBundle();
-  EXPECT_EQ(text, u"Li\u00e9 au suivant");
 }
 
 TEST(VLStyle, WalksEndAtAParentLoopAndAtTheCascadeDepth) {

@@ -90,10 +90,6 @@ TEST(VLStyledTextStorageTest, UnstyledParagraphsEachGetAFreshDefaultStyle) {
   EXPECT_NE(first, second) << "a new style object per paragraph";
   EXPECT_NE(second, third);
   EXPECT_EQ(brokenParagraph(*storage), "");
-
-  auto empty = VLStyledTextStorage::create();
-  empty->fixAttributesInRange(ns::Range{0, 0});
-  EXPECT_EQ(empty->length(), 0u);
 }
 
 TEST(VLStyledTextStorageTest, RangeCheckAndSuppression) {
@@ -107,7 +103,6 @@ TEST(VLStyledTextStorageTest, RangeCheckAndSuppression) {
   storage->setSuppressParagraphStyleFixing(true);
   storage->setAttributes(styled(b), ns::Range{2, 2});
   EXPECT_EQ(styleAt(*storage, 3), b) << "the repair is the host's to turn off";
-  EXPECT_FALSE(storage->isInFontSetChanged());
 }
 
 // Thousands of random edits, in and out of batches, over styled and unstyled text. After each

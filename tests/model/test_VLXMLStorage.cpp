@@ -46,29 +46,16 @@ public:
 
 } // namespace
 
-TEST(VLXMLStorageTest, InitialisersMakeContentsAndNeverCount) {
+TEST(VLXMLStorageTest, InitialisersCopyTheContentsAndLeaveTheCountToTheOwner) {
   EXPECT_EQ(VLXMLStorage::create(u"dropped without attributes", nullptr)->length(), 0u);
-  auto storage = VLXMLStorage::create(u"one two three", colour(u"red"));
-  EXPECT_EQ(storage->string(), u"one two three");
-  EXPECT_EQ(storage->attribute(u"colour", 4, nullptr), ns::Value(u"red"));
-  EXPECT_EQ(storage->wordCount(), 0u) << "initialisers leave the count to the owner";
+  auto source = ns::MutableAttributedString::create(u"one two", colour(u"blue"));
+  auto storage = VLXMLStorage::create(source);
+  source->replaceCharactersInRange(ns::Range{0, 3}, u"changed");
+  EXPECT_EQ(storage->string(), u"one two") << "the contents are a copy";
+  EXPECT_EQ(storage->wordCount(), 0u);
 
-  auto source = ns::MutableAttributedString::create(u"copied", colour(u"blue"));
-  auto copy = VLXMLStorage::create(source);
-  source->replaceCharactersInRange(ns::Range{0, 6}, u"changed");
-  EXPECT_EQ(copy->string(), u"copied") << "the contents are a copy";
-  EXPECT_EQ(copy->wordCount(), 0u);
-}
-
-TEST(VLXMLStorageTest, EditsReachTheContentsAndNewContentsAreNotCounted) {
-  auto storage = VLXMLStorage::create(u"alpha beta\n", colour(u"red"));
-  storage->setAttributes(colour(u"blue"), ns::Range{6, 4});
-  storage->addAttribute(u"size", ns::Value(12), ns::Range{0, 5});
-  const ns::MutableAttributedString &contents = *storage->contents();
-  EXPECT_EQ(contents.attribute(u"colour", 7, nullptr), ns::Value(u"blue"));
-  EXPECT_EQ(contents.attribute(u"size", 0, nullptr), ns::Value(12));
-  EXPECT_EQ(contents.attribute(u"colour", 0, nullptr), ns::Value(u"red"));
-
+  storage->setAttributes(colour(u"red"), ns::Range{4, 3});
+  EXPECT_EQ(storage->contents()->attribute(u"colour", 5, nullptr), ns::Value(u"red"));
   storage->setContents(ns::MutableAttributedString::create(u"epsilon\n"));
   EXPECT_EQ(storage->wordCount(), 0u);
 }
@@ -96,7 +83,6 @@ TEST(VLXMLStorageTest, CountFollowsWordsTouchedByAnEdit) {
   ASSERT_EQ(storage->wordCount(), 5u);
 
   storage->replaceCharactersInRange(ns::Range{6, 0}, u" ");
-  EXPECT_EQ(storage->string().substr(0, 11), u"The qu ick ");
   EXPECT_EQ(storage->wordCount(), 6u) << "a blank inside a word removes one word and adds two";
 
   storage->replaceCharactersInRange(ns::Range{6, 1}, u"");
