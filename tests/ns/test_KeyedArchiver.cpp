@@ -41,8 +41,8 @@ std::optional<Data> plistutilXML(const Data &data) {
   return Data::fromString(xml);
 }
 
-// A model object with a field of every kind the coder offers. Its link is weak, as a
-// style's next style is a reference into its sheet, so no archive can make it leak.
+// A model object with a field of most kinds the coder offers. Its link is weak, as a style's
+// next style is a reference into its sheet, so no archive can make it leak.
 class Node : public Object, public Coding {
 public:
   VL_OBJECT(TestNode)
@@ -188,7 +188,7 @@ TEST(KeyedArchiver, WritesTheKeyedArchiveLayout) {
   EXPECT_EQ(archive->objectForKey(u"$archiver"), Value(u"NSKeyedArchiver"));
   auto objects = archive->objectForKey(u"$objects").array();
   EXPECT_EQ((*objects)[0], Value(u"$null"));
-  auto at = [&](const Value &uid) { return (*objects)[uid.as<KeyedArchiverUID>()->value()]; };
+  auto at = [&](const Value &ref) { return (*objects)[ref.as<KeyedArchiverUID>()->value()]; };
   auto field = [&](const Value &object, const char16_t *key) {
     return object.dictionary()->objectForKey(key);
   };
