@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,11 +38,14 @@ TEST(NotificationCenter, FiltersByNameAndSenderInOrderOfRegistration) {
   EXPECT_EQ(log, (Log{"named:Edited", "fromA:Edited", "any:Edited", "any:Moved", "both:Moved",
                       "named:Edited", "any:Edited"}));
 
-  auto info = Dictionary::create({{u"changeInLength", 3}});
+  std::optional<Notification> seen;
   center.addObserver(
-      &info, [&](const Notification &n) { EXPECT_TRUE(n.object() == &a && n.userInfo() == info); },
-      kMoved, nullptr);
+      &seen, [&](const Notification &n) { seen = n; }, kMoved, nullptr);
+  auto info = Dictionary::create({{u"changeInLength", 3}});
   center.postNotificationName(kMoved, &a, info);
+  ASSERT_TRUE(seen);
+  EXPECT_EQ(seen->object(), &a);
+  EXPECT_EQ(seen->userInfo(), info);
 }
 
 TEST(NotificationCenter, RemovalBySelectionAndInFull) {
@@ -58,6 +62,7 @@ TEST(NotificationCenter, RemovalBySelectionAndInFull) {
   center.removeObserver(&storage, u"", &a);
   center.postNotificationName(kMoved, &a);
   center.postNotificationName(kEdited, &b);
+  center.removeObserver(&storage);
   center.removeObserver(&storage);
   center.postNotificationName(kEdited, &b);
   EXPECT_EQ(log, (Log{"m:Moved", "b:Edited"}));
