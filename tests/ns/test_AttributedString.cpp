@@ -327,160 +327,109 @@ TEST(AttributedString, SubclassOverridingOnlyThePrimitivesServesEveryOperation) 
 
 namespace {
 
-// A plain text and one dictionary per unit: slow and obviously right.
-struct Model {
-  std::u16string text;
-  std::vector<ConstDictionaryPtr> attributes;
-
-  ConstDictionaryPtr inherited(Range r) const {
-    if (r.length)
-      return attributes[r.location];
-    if (r.location)
-      return attributes[r.location - 1];
-    return attributes.empty() ? attrs({}) : attributes[0];
-  }
-  void replace(Range r, std::u16string_view s) {
-    ConstDictionaryPtr a = inherited(r);
-    text.replace(r.location, r.length, s);
-    attributes.erase(attributes.begin() + r.location, attributes.begin() + r.max());
-    attributes.insert(attributes.begin() + r.location, s.size(), a);
-  }
-  void replace(Range r, const AttributedString &s) {
-    replace(r, s.string());
-    for (uint64_t i = 0; i < s.length(); ++i)
-      attributes[r.location + i] = s.attributesAtIndex(i, nullptr);
-  }
-  template <class Change> void change(Range r, const Change &f) {
-    for (uint64_t i = r.location; i < r.max(); ++i) {
-      auto d = std::make_shared<Dictionary>(*attributes[i]);
-      f(*d);
-      attributes[i] = d;
-    }
-  }
-  // The longest run of equal values of `name` around `i`, clipped to `in`.
-  Range longest(std::u16string_view name, uint64_t i, Range in) const {
-    const Value &v = attributes[i]->objectForKey(name);
-    uint64_t s = i, e = i + 1;
-    while (s > in.location && attributes[s - 1]->objectForKey(name).isEqual(v))
-      --s;
-    while (e < in.max() && attributes[e]->objectForKey(name).isEqual(v))
-      ++e;
-    return IntersectionRange(Range{s, e - s}, in);
-  }
-};
-
-class RandomEdits {
-public:
-  explicit RandomEdits(uint32_t seed) : random_(seed) {}
-
-  uint64_t below(uint64_t n) { return n ? random_() % n : 0; }
-  Range range(uint64_t length, uint64_t maxLength) {
-    uint64_t location = below(length + 1);
-    return Range{location, below(std::min(maxLength, length - location) + 1)};
-  }
-  std::u16string text() {
-    static const char16_t units[] = u"abcdefgh  \n\r\u2029\u2028";
-    std::u16string s(below(6), u' ');
-    for (auto &c : s)
-      c = units[below(sizeof units / sizeof units[0] - 1)];
-    return s;
-  }
-  std::u16string name() { return below(2) ? u"k" : below(2) ? u"m" : u"v"; }
-  Value value(std::u16string_view name) {
-    if (name == u"k")
-      return Value(static_cast<int64_t>(below(3)));
-    if (name == u"m")
-      return Value(markers_[below(2)]);
-    return Value(std::make_shared<Number>(static_cast<int>(below(2))));
-  }
-  ConstDictionaryPtr dictionary() {
-    auto d = Dictionary::create();
-    for (auto n : {u"k", u"m", u"v"})
-      if (below(2))
-        d->setObject(value(n), n);
-    return d;
-  }
-  AttributedString attributed() { return AttributedString(text() + u"x", dictionary()); }
-
-private:
-  std::mt19937 random_;
-  std::shared_ptr<Marker> markers_[2] = {std::make_shared<Marker>(), std::make_shared<Marker>()};
-};
-
-template <class S> void expectSame(const S &s, const Model &m, RandomEdits &random, bool full) {
-  ASSERT_EQ(s.length(), m.text.size());
-  ASSERT_TRUE(s.string() == m.text);
-  if constexpr (requires { s.invariants(); }) {
-    ASSERT_EQ(s.invariants(), "");
-  }
-  uint64_t n = m.text.size();
-  // All units when `full`, else those of one run.
-  for (uint64_t i = full ? 0 : random.below(n); i < n;) {
-    Range r;
-    ConstDictionaryPtr a = s.attributesAtIndex(i, &r);
-    ASSERT_TRUE(r.contains(i));
-    for (uint64_t j = r.location; j < r.max(); ++j)
-      ASSERT_TRUE(m.attributes[j]->isEqual(*a)) << "attributes differ at " << j;
-    i = full ? r.max() : n;
-  }
-  if (n) {
-    uint64_t i = random.below(n);
-    Range in = random.range(n, n);
-    if (!in.contains(i))
-      in = Range{0, n};
-    std::u16string name = random.name();
-    Range longest;
-    Value v = s.attribute(name, i, &longest, in);
-    ASSERT_TRUE(v.isEqual(m.attributes[i]->objectForKey(name)));
-    ASSERT_EQ(longest, m.longest(name, i, in));
-  }
-}
-
+// Edits `s` and a naive model (a plain text and one dictionary per unit) alike, and compares
+// runs and longest effective ranges after each step.
 template <class S> void randomWalk(S &s, uint32_t seed, int steps) {
-  RandomEdits random(seed);
-  Model m;
-  // Start with a few thousand units and hundreds of runs, so blocks split and join.
+  std::mt19937 random(seed);
+  auto below = [&](uint64_t n) -> uint64_t { return n ? random() % n : 0; };
+  const std::u16string names[] = {u"k", u"m", u"v"};
+  ObjectPtr markers[] = {std::make_shared<Marker>(), std::make_shared<Marker>()};
+  auto value = [&](size_t name) { // numbers, objects with identity, objects equal by value
+    return name == 0   ? Value(static_cast<int64_t>(below(3)))
+           : name == 1 ? Value(markers[below(2)])
+                       : Value(std::make_shared<Number>(static_cast<int>(below(2))));
+  };
+  auto dictionary = [&] {
+    auto d = Dictionary::create();
+    for (size_t n = 0; n < 3; ++n)
+      if (below(2))
+        d->setObject(value(n), names[n]);
+    return d;
+  };
+  constexpr std::u16string_view pool = u"ab\ncd \r\u2029e\u2028fg\r\nh  ij";
+  auto text = [&] { return std::u16string(pool.substr(below(pool.size()), below(6))); };
+
+  std::u16string model;
+  std::vector<ConstDictionaryPtr> at;
+  auto replace = [&](Range r, std::u16string_view t, const AttributedString *from) {
+    // The first replaced unit's, else the one before's, else the one after's.
+    auto a = at.empty() ? attrs({}) : at[r.length || !r.location ? r.location : r.location - 1];
+    model.replace(r.location, r.length, t);
+    at.erase(at.begin() + r.location, at.begin() + r.max());
+    at.insert(at.begin() + r.location, t.size(), a);
+    for (uint64_t i = 0; from && i < t.size(); ++i)
+      at[r.location + i] = from->attributesAtIndex(i, nullptr);
+  };
+
+  // A few thousand units cut into hundreds of runs first, so blocks split and join.
   std::u16string start;
-  for (int i = 0; i < 3000; ++i)
-    start += (i % 37 == 36) ? u'\n' : static_cast<char16_t>(u'a' + i % 26);
+  for (int i = 0; i < 100; ++i)
+    start += u"abcdefghijklmnopqrstuvwxyz\n012";
   s.replaceCharactersInRange(Range{0, 0}, start);
-  m.replace(Range{0, 0}, start);
+  replace(Range{0, 0}, start, nullptr);
   for (int step = -300; step < steps; ++step) {
-    uint64_t n = m.text.size(), kind = step < 0 ? 2 : random.below(8);
-    Range r = step < 0 ? IntersectionRange(Range{10 * uint64_t(step + 300), 1 + random.below(12)},
-                                           Range{0, n})
-                       : random.range(n, kind < 2       ? (n > 4000 ? 60 : 8)
-                                         : kind % 8 < 3 ? 300
-                                                        : 40);
-    std::u16string name = random.name();
+    SCOPED_TRACE(::testing::Message() << "seed " << seed << " step " << step);
+    uint64_t n = model.size(), kind = step < 0 ? 2 : below(8), location = below(n + 1);
+    uint64_t longest = kind < 2 || kind > 4 ? (n > 4000 ? 60 : 8) : kind == 2 ? 300 : 40;
+    Range r{location, below(std::min(longest, n - location) + 1)};
+    if (step < 0)
+      r = IntersectionRange(Range{10 * uint64_t(step + 300), 1 + below(12)}, Range{0, n});
+    size_t which = below(3);
+    const std::u16string &name = names[which];
+    Value v = value(which);
     if (kind < 2) {
-      std::u16string t = random.text();
+      std::u16string t = text();
       s.replaceCharactersInRange(r, t);
-      m.replace(r, t);
+      replace(r, t, nullptr);
     } else if (kind == 2) {
-      auto d = random.dictionary();
+      auto d = dictionary();
       s.setAttributes(d, r);
-      m.change(r, [&](Dictionary &x) { x.setDictionary(*d); });
-    } else if (kind == 3) {
-      Value v = random.value(name);
-      s.addAttribute(name, v, r);
-      m.change(r, [&](Dictionary &x) { x.setObject(v, name); });
-    } else if (kind == 4) {
-      s.removeAttribute(name, r);
-      m.change(r, [&](Dictionary &x) { x.removeObjectForKey(name); });
+      std::fill(at.begin() + r.location, at.begin() + r.max(), d);
+    } else if (kind < 5) { // add one attribute, or remove it
+      v = kind == 3 ? v : Value();
+      v.isNil() ? s.removeAttribute(name, r) : s.addAttribute(name, v, r);
+      for (uint64_t i = r.location; i < r.max(); ++i) {
+        auto d = std::make_shared<Dictionary>(*at[i]);
+        v.isNil() ? d->removeObjectForKey(name) : d->setObject(v, name);
+        at[i] = d;
+      }
     } else {
-      AttributedString a = random.attributed();
+      AttributedString a(text() + u"x", dictionary());
       if (kind == 7)
-        s.appendAttributedString(a);
+        s.appendAttributedString(a), r = Range{n, 0};
       else
-        s.replaceCharactersInRange(r = random.range(n, 10), a);
-      m.replace(kind == 7 ? Range{n, 0} : r, a);
+        s.replaceCharactersInRange(r, a);
+      replace(r, a.string(), &a);
     }
-    expectSame(s, m, random, step % 97 == 0 || step == steps - 1);
-    if (::testing::Test::HasFatalFailure()) {
-      ADD_FAILURE() << "seed " << seed << " step " << step;
-      return;
+
+    ASSERT_TRUE(s.string() == model);
+    if constexpr (requires { s.invariants(); }) {
+      ASSERT_EQ(s.invariants(), "");
     }
+    n = model.size();
+    bool full = step % 97 == 0 || step == steps - 1; // every run, else one
+    for (uint64_t i = full ? 0 : below(n); i < n;) {
+      Range run;
+      ConstDictionaryPtr a = s.attributesAtIndex(i, &run);
+      ASSERT_TRUE(run.contains(i));
+      for (uint64_t j = run.location; j < run.max(); ++j)
+        ASSERT_TRUE(at[j]->isEqual(*a)) << "attributes differ at " << j;
+      i = full ? run.max() : n;
+    }
+    if (!n)
+      continue;
+    uint64_t i = below(n), from = below(i + 1);
+    Range in{from, i + 1 + below(n - i) - from}, found;
+    ASSERT_TRUE(s.attribute(name, i, &found, in).isEqual(at[i]->objectForKey(name)));
+    auto same = [&](uint64_t j) {
+      return at[j]->objectForKey(name).isEqual(at[i]->objectForKey(name));
+    };
+    uint64_t lo = i, hi = i + 1;
+    while (lo > in.location && same(lo - 1))
+      --lo;
+    while (hi < in.max() && same(hi))
+      ++hi;
+    ASSERT_EQ(found, (Range{lo, hi - lo}));
   }
 }
 

@@ -29,18 +29,14 @@ TEST(TextList, MarkersForEveryKeyword) {
   EXPECT_EQ(markers(u"{upper-roman}", {1994, 3999, 0, 4000}), u"MCMXCIV|MMMCMXCIX|0|4000|");
   // Letters count in bijective base 26.
   EXPECT_EQ(markers(u"{lower-alpha}", {26, 27, 52, 53, 702, 703, 0}), u"z|aa|az|ba|zz|aaa|0|");
-  EXPECT_EQ(markers(u"{lower-latin}", {3999}), u"ewu|");
-  EXPECT_EQ(markers(u"{upper-alpha}", {27}), u"AA|");
-  EXPECT_EQ(markers(u"{upper-latin}", {3}), u"C|");
+  EXPECT_EQ(markers(u"{upper-latin}", {3999}), u"EWU|");
   EXPECT_EQ(markers(u"{upper-alpha}", {INT64_MAX}).size(), 15u);
   // Bullets are the same for every item.
   EXPECT_EQ(markers(u"{disc}", {0, 5}), u"\u2022|\u2022|");
-  EXPECT_EQ(markers(u"{circle}", {5}), u"\u25E6|");
-  EXPECT_EQ(markers(u"{square}", {5}), u"\u25AA|");
-  EXPECT_EQ(markers(u"{hyphen}", {5}), u"\u2043|");
-  EXPECT_EQ(markers(u"{box}", {5}), u"\u25AB|");
-  EXPECT_EQ(markers(u"{check}", {5}), u"\u2713|");
-  EXPECT_EQ(markers(u"{diamond}", {5}), u"\u25C6|");
+  std::u16string bullets;
+  for (auto keyword : {u"circle", u"square", u"hyphen", u"box", u"check", u"diamond"})
+    bullets += markerForKeyword(keyword, 5).value_or(u"?");
+  EXPECT_EQ(bullets, u"\u25E6\u25AA\u2043\u25AB\u2713\u25C6");
   // The text around the keyword is kept; only the first keyword counts.
   EXPECT_EQ(markers(u"Chapter {upper-roman}:", {4}), u"Chapter IV:|");
   EXPECT_EQ(markers(u"{decimal}-{decimal}", {2}), u"2-{decimal}|");
@@ -49,7 +45,6 @@ TEST(TextList, MarkersForEveryKeyword) {
   EXPECT_EQ(markers(u"<{nonsense}>", {5}), u"<>|");
   EXPECT_EQ(markers(u"[{Decimal}]", {5}), u"[]|");
   EXPECT_EQ(markers(u"<{decimal", {5}), u"<|");
-  EXPECT_EQ(markers(u"{}", {5}), u"|");
   EXPECT_EQ(markerForKeyword(u"bogus", 5), std::nullopt);
 }
 
@@ -58,7 +53,6 @@ TEST(TextList, ComparesByValueAndArchives) {
   EXPECT_EQ(list->startingItemNumber(), 1);
   EXPECT_TRUE(list->isEqual(TextList(u"({upper-alpha})", TextListPrependEnclosingMarker)));
   EXPECT_FALSE(list->isEqual(TextList(u"({upper-alpha})", 0)));
-  EXPECT_FALSE(list->isEqual(TextList(u"{upper-alpha}", TextListPrependEnclosingMarker)));
   list->setStartingItemNumber(3);
   EXPECT_FALSE(list->isEqual(TextList(u"({upper-alpha})", TextListPrependEnclosingMarker)));
 
