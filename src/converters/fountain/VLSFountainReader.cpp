@@ -16,8 +16,6 @@
 #include "ns/TextStorage.h"
 #include "objects/VLSTextMarker.h"
 
-#include <unicode/uchar.h>
-#include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
